@@ -1,0 +1,15 @@
+// Links ql_types through its package config and uses it the way a host does.
+#include <iostream>
+
+#include "ql_types/ql_types.hpp"
+
+int main() {
+  try {
+    qlRaise(qlmsg::general::InvalidDataType, "bad-name");
+  } catch (const fl::except::IException& e) {
+    if (e.getDiagnostic()->getKey() != "InvalidDataType") return 1;
+    std::cout << "ql_types " << ql_types_version << ": " << e.what() << '\n';
+    return 0;
+  }
+  return 1;
+}
