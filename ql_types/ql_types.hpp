@@ -3,6 +3,16 @@
 
 #include "ql_types/Version.hpp"
 
+#include "ql_types/fixpt/fxpDataTypeProp.hpp"
+#include "ql_types/fixpt/fxpDataTypeText.hpp"
+#include "ql_types/fixpt/fxpModes.hpp"
+
+#include "ql_types/datatypes/AliasDataType.hpp"
+#include "ql_types/datatypes/ClientDataTypeCheckCallback.hpp"
+#include "ql_types/datatypes/DataType.hpp"
+#include "ql_types/datatypes/DataTypeTable.hpp"
+#include "ql_types/datatypes/StructDataType.hpp"
+
 #include "ql_types/platform/BaseMsgID.hpp"
 #include "ql_types/platform/Diagnostic.hpp"
 #include "ql_types/platform/HostArray.hpp"
