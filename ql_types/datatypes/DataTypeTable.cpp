@@ -1,6 +1,7 @@
 // The data type table: predefined rows, registration, lookups, classification, reset.
 #include "ql_types/datatypes/DataTypeTable.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -127,8 +128,11 @@ void DataTypeTable::resetToBuiltin() {
   }
   anonymousCounter_ = 0;
   licensedForAliasTypes_ = LicensedForAliasTypesNotChecked;
-  for (std::size_t i = 15; i < types_.size(); ++i) delete types_[i];
-  if (types_.size() > 15) types_.resize(15);
+  while (types_.size() > 15) {
+    indexErase(types_.size() - 1);
+    delete types_.back();
+    types_.pop_back();
+  }
   if (callback_) callback_->tableReset();
 }
 
@@ -276,10 +280,36 @@ qlsvDiagnostic DataTypeTable::RegisterDataType(DataTypeTable* table, const char*
 }
 
 DataType* DataTypeTable::getDataType(const char* name) {
-  const char* n = name ? name : "";
-  for (DataType* t : types_)
-    if (t->getName() == n) return t;
-  return nullptr;
+  auto it = nameIndex_.find(name ? name : "");
+  return it == nameIndex_.end() ? nullptr : types_[it->second.front()];
+}
+
+void DataTypeTable::addDataType(DataType* type) {
+  types_.push_back(type);
+  try {
+    indexInsert(types_.size() - 1);
+  } catch (...) {
+    types_.pop_back();
+    throw;
+  }
+}
+
+void DataTypeTable::indexInsert(std::size_t position) {
+  std::vector<std::size_t>& positions = nameIndex_[types_[position]->getName()];
+  positions.insert(std::upper_bound(positions.begin(), positions.end(), position), position);
+}
+
+void DataTypeTable::indexErase(std::size_t position) {
+  auto it = nameIndex_.find(types_[position]->getName());
+  if (it == nameIndex_.end()) return;
+  std::vector<std::size_t>& positions = it->second;
+  positions.erase(std::remove(positions.begin(), positions.end(), position), positions.end());
+  if (positions.empty()) nameIndex_.erase(it);
+}
+
+void DataTypeTable::rebuildNameIndex() {
+  nameIndex_.clear();
+  for (std::size_t i = 0; i < types_.size(); ++i) indexInsert(i);
 }
 
 const DataType* DataTypeTable::getDataType(const char* name) const {
@@ -356,17 +386,23 @@ void DataTypeTable::verifyDataTypeSourcesMatch(DataTypeSource source, int id) {
 }
 
 void DataTypeTable::removeDataType(DataType* type) {
-  for (auto it = types_.begin(); it != types_.end(); ++it)
-    if (*it == type) {
-      delete type;
-      types_.erase(it);
-      return;
-    }
+  for (std::size_t i = types_.size(); i-- > 0;) {
+    if (types_[i] != type) continue;
+    const bool last = i + 1 == types_.size();
+    if (last) indexErase(i);
+    types_.erase(types_.begin() + static_cast<std::ptrdiff_t>(i));
+    delete type;
+    if (!last) rebuildNameIndex();  // later positions moved down
+    return;
+  }
 }
 
 void DataTypeTable::replaceDataType(DataType* oldType, DataType* newType) {
   const int oldId = oldType->getId();
-  types_[static_cast<std::size_t>(oldId + 1)] = newType;
+  const auto position = static_cast<std::size_t>(oldId + 1);
+  indexErase(position);
+  types_[position] = newType;
+  indexInsert(position);
   for (DataType* t : types_) {
     if (t->getIdAliasedTo() == -10) continue;
     if (t->getIdAliasedTo() == oldId) t->updateAliasedToType(newType);
@@ -374,6 +410,7 @@ void DataTypeTable::replaceDataType(DataType* oldType, DataType* newType) {
   }
   newType->id_ = oldId;
   newType->storageId_ = oldType->storageId_;
+  indexErase(types_.size() - 1);
   types_.pop_back();
   delete oldType;
 }

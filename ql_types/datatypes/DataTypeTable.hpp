@@ -12,6 +12,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "ql_types/datatypes/ClientDataTypeCheckCallback.hpp"
@@ -158,7 +159,7 @@ class DataTypeTable {
   static const DataType& builtInRow(int id);
 
  protected:
-  void addDataType(DataType* type) { types_.push_back(type); }
+  void addDataType(DataType* type);
   /// Deletes the object and closes the gap; only safe on the last entry.
   void removeDataType(DataType* type);
   void replaceDataType(DataType* oldType, DataType* newType);
@@ -172,6 +173,11 @@ class DataTypeTable {
   bool alreadyAliasedToDirectlyOrIndirectly(int start, int id) const;
   /// Steps 4 to 7 of every registration: append, ask the callback, replace a shadowed name.
   int finishRegistration(DataType* type, DataType* previous, const char* blockPath);
+  // The name index: for each name, the vector positions holding it, ascending. Lookups by
+  // name answer exactly as a scan in vector order would, in constant time on average.
+  void indexInsert(std::size_t position);
+  void indexErase(std::size_t position);
+  void rebuildNameIndex();
 
   boost::shared_ptr<ClientDataTypeCheckCallback> callback_;
   std::vector<DataType*> types_;
@@ -182,6 +188,7 @@ class DataTypeTable {
   qlsvDiagnosticImpl* errorQueue_ = nullptr;  // clients set it before they read it
   unsigned lastAliasedTypeWarnedAbout_ = 0;
   std::vector<int> largeAtomicIntSizes_;
+  std::unordered_map<std::string, std::vector<std::size_t>> nameIndex_;
 };
 
 }  // namespace QLTypeSys
