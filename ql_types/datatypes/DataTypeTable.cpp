@@ -280,8 +280,8 @@ qlsvDiagnostic DataTypeTable::RegisterDataType(DataTypeTable* table, const char*
 }
 
 DataType* DataTypeTable::getDataType(const char* name) {
-  auto it = nameIndex_.find(name ? name : "");
-  return it == nameIndex_.end() ? nullptr : types_[it->second.front()];
+  const std::size_t position = nameIndex_.find(types_, name ? name : "");
+  return position == internal::NameIndex::npos ? nullptr : types_[position];
 }
 
 void DataTypeTable::addDataType(DataType* type) {
@@ -292,24 +292,6 @@ void DataTypeTable::addDataType(DataType* type) {
     types_.pop_back();
     throw;
   }
-}
-
-void DataTypeTable::indexInsert(std::size_t position) {
-  std::vector<std::size_t>& positions = nameIndex_[types_[position]->getName()];
-  positions.insert(std::upper_bound(positions.begin(), positions.end(), position), position);
-}
-
-void DataTypeTable::indexErase(std::size_t position) {
-  auto it = nameIndex_.find(types_[position]->getName());
-  if (it == nameIndex_.end()) return;
-  std::vector<std::size_t>& positions = it->second;
-  positions.erase(std::remove(positions.begin(), positions.end(), position), positions.end());
-  if (positions.empty()) nameIndex_.erase(it);
-}
-
-void DataTypeTable::rebuildNameIndex() {
-  nameIndex_.clear();
-  for (std::size_t i = 0; i < types_.size(); ++i) indexInsert(i);
 }
 
 const DataType* DataTypeTable::getDataType(const char* name) const {

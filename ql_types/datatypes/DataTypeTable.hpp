@@ -12,11 +12,11 @@
 
 #include <iosfwd>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include "ql_types/datatypes/ClientDataTypeCheckCallback.hpp"
 #include "ql_types/datatypes/DataType.hpp"
+#include "ql_types/datatypes/internal/NameIndex.hpp"
 #include "ql_types/fixpt/fxpDataTypeProp.hpp"
 #include "ql_types/platform/Diagnostic.hpp"
 
@@ -173,11 +173,10 @@ class DataTypeTable {
   bool alreadyAliasedToDirectlyOrIndirectly(int start, int id) const;
   /// Steps 4 to 7 of every registration: append, ask the callback, replace a shadowed name.
   int finishRegistration(DataType* type, DataType* previous, const char* blockPath);
-  // The name index: for each name, the vector positions holding it, ascending. Lookups by
-  // name answer exactly as a scan in vector order would, in constant time on average.
-  void indexInsert(std::size_t position);
-  void indexErase(std::size_t position);
-  void rebuildNameIndex();
+  // Lookups by name answer exactly as a scan in vector order would, in constant time on average.
+  void indexInsert(std::size_t position) { nameIndex_.insert(types_, position); }
+  void indexErase(std::size_t position) { nameIndex_.erase(types_, position); }
+  void rebuildNameIndex() { nameIndex_.rebuild(types_); }
 
   boost::shared_ptr<ClientDataTypeCheckCallback> callback_;
   std::vector<DataType*> types_;
@@ -188,7 +187,7 @@ class DataTypeTable {
   qlsvDiagnosticImpl* errorQueue_ = nullptr;  // clients set it before they read it
   unsigned lastAliasedTypeWarnedAbout_ = 0;
   std::vector<int> largeAtomicIntSizes_;
-  std::unordered_map<std::string, std::vector<std::size_t>> nameIndex_;
+  internal::NameIndex nameIndex_;
 };
 
 }  // namespace QLTypeSys
