@@ -33,3 +33,6 @@ testing::AssertionResult raises(const std::function<void()>& fn, const std::stri
 }
 
 }  // namespace qltest
+
+// Under AddressSanitizer, let impossible allocations return null so out-of-memory paths can be tested.
+extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
