@@ -12,6 +12,9 @@
 #include "ql_types/datatypes/DataType.hpp"
 #include "ql_types/datatypes/DataTypeTable.hpp"
 #include "ql_types/datatypes/StructDataType.hpp"
+#include "ql_types/datatypes/StructElementAccess.hpp"
+
+#include "ql_types/convert/HostArrayBridge.hpp"
 
 #include "ql_types/platform/BaseMsgID.hpp"
 #include "ql_types/platform/Diagnostic.hpp"

@@ -121,6 +121,11 @@ class DataTypeTable {
   bool IsFixptDTNotScaledDouble(int id) const;
   bool IsStructType(int id) const;
   bool isEnumType(int id) const;
+  /// Summary flags of a structure entry (see StructDataType::createCacheForFrequentlyAccessedProperties).
+  bool doesBusDTHaveAoB(int id) const;
+  bool doesBusDTHaveComplexData(int id) const;
+  bool doesBusDTHaveFrameBasedElements(int id) const;
+  bool doesBusDTHaveVarDims(int id) const;
   /// The id under which values of the type are logged.
   int getDataTypeLoggingId(int id) const;
 
