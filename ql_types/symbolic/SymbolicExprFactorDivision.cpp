@@ -41,15 +41,17 @@ bool fraction(internal::Normalizer& norm, unsigned index, Fraction& out) {
     }
     case SymbolicExprKind::Divide: {
       Fraction a, b;
-      return fraction(norm, e.getOperand(0), a) && fraction(norm, e.getOperand(1), b) && !b.n.empty() &&
-             internal::multiply(a.n, b.d, out.n) && internal::multiply(a.d, b.n, out.d);
+      if (!fraction(norm, e.getOperand(0), a) || !fraction(norm, e.getOperand(1), b)) return false;
+      if (!b.n.empty()) return internal::multiply(a.n, b.d, out.n) && internal::multiply(a.d, b.n, out.d);
+      break;  // a division by zero stays where it is, as a part of its own
     }
     case SymbolicExprKind::UnaryMinus:
       return fraction(norm, e.getOperand(0), out) && internal::negate(out.n);
     default:
-      out.d = internal::constantPoly(1);
-      return norm.polyOf(index, out.n);
+      break;
   }
+  out.d = internal::constantPoly(1);
+  return norm.polyOf(index, out.n);
 }
 
 }  // namespace

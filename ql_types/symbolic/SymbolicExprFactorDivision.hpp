@@ -6,9 +6,9 @@
 //
 // The result equals the input wherever every division in the input is exact, as divisions of sizes are;
 // with truncation in between the two may differ ((1/2)*2 is 0, (1*2)/2 is 1). Divisions inside a
-// remainder, a multi-dimensional size or a relation are left where they are. Where the fractions would
-// overflow or grow past the simplifier's bounds, or a denominator is zero, the result is the simplified
-// input.
+// remainder, a multi-dimensional size or a relation are left where they are, and so are divisions by
+// zero. Where the fractions would overflow or grow past the simplifier's bounds, the result is the
+// simplified input.
 #pragma once
 
 #include <memory>

@@ -5,6 +5,7 @@
 #include <cctype>
 #include <climits>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "ql_types/platform/Diagnostic.hpp"
@@ -35,7 +36,10 @@ class Reader {
     const unsigned root = additive();
     skipSpace();
     if (text_[pos_] == ')') qlRaise(qlmsg::symbolic::SymbolicExprUnmatchedParenthesis, column(), text_);
-    if (text_[pos_] != '\0') qlRaise(qlmsg::symbolic::SymbolicExprExpectedOperator, column(), text_, found());
+    if (text_[pos_] != '\0') {
+      refuseStrayCharacter();
+      qlRaise(qlmsg::symbolic::SymbolicExprExpectedOperator, column(), text_, found());
+    }
     return root;
   }
 
@@ -76,10 +80,10 @@ class Reader {
   unsigned unary() {
     skipSpace();
     if (text_[pos_] != '-') return primary();
+    Deeper guard(*this);
     ++pos_;
     skipSpace();
     if (isDigit(text_[pos_])) return literal(true);
-    Deeper guard(*this);
     Node n(SymbolicExprKind::UnaryMinus);
     n.lhs = unary();
     return add(std::move(n));
@@ -102,14 +106,21 @@ class Reader {
       ++pos_;
       const unsigned inner = additive();
       skipSpace();
-      if (text_[pos_] != ')')
+      if (text_[pos_] != ')') {
+        refuseStrayCharacter();
         qlRaise(qlmsg::symbolic::SymbolicExprExpectedClosingParenthesis, column(), text_, found(), open);
+      }
       ++pos_;
       return inner;
     }
-    if (c == ')' || c == '\0' || c == '+' || c == '*' || c == '/' || c == '%' ||
-        std::isspace(static_cast<unsigned char>(c)))
-      qlRaise(qlmsg::symbolic::SymbolicExprExpectedOperand, column(), text_, found());
+    refuseStrayCharacter();
+    qlRaise(qlmsg::symbolic::SymbolicExprExpectedOperand, column(), text_, found());
+  }
+
+  // A character that starts no token is reported as such, whatever was expected.
+  void refuseStrayCharacter() const {
+    const char c = text_[pos_];
+    if (c == '\0' || isNameChar(c) || std::strchr("+-*/%()", c)) return;
     qlRaise(qlmsg::symbolic::SymbolicExprInvalidCharacter, column(), text_, found());
   }
 

@@ -17,7 +17,7 @@ using symtest::text;
 
 std::string simplified(const std::string& input) {
   SymbolicExprTable t;
-  const unsigned i = SymbolicExprParser(t)(input);
+  const unsigned i = SymbolicExprParser{t}(input);
   return text(t, SymbolicExprSimplify(t, 10).simplify(i));
 }
 
@@ -25,6 +25,8 @@ struct Rewrite {
   const char* input;
   const char* expected;
 };
+
+void PrintTo(const Rewrite& r, std::ostream* os) { *os << '"' << r.input << '"'; }
 
 class SimplifyRules : public testing::TestWithParam<Rewrite> {};
 
@@ -75,7 +77,7 @@ INSTANTIATE_TEST_SUITE_P(Overflow, SimplifyRules,
 
 TEST(SimplifyLimit, ZeroPassesLeaveTheIndexAndOnePassReachesTheCanonicalForm) {
   SymbolicExprTable t;
-  const unsigned i = SymbolicExprParser(t)("b*a+a*b");
+  const unsigned i = SymbolicExprParser{t}("b*a+a*b");
   bool converged = true;
   EXPECT_EQ(SymbolicExprSimplify(t, 0).simplify(i, converged), i);
   EXPECT_FALSE(converged);
@@ -93,8 +95,8 @@ TEST(SimplifyOrder, TextsDoNotDependOnTheOrderOfEntering) {
   SymbolicExprTable first, second;
   for (const char* n : {"z", "y", "x"}) QL::SymbolicString(first, n).getId(first);
   for (const char* n : {"x", "y", "z", "x*z", "y*x"}) SymbolicExprParser{second}(n);
-  const std::string a = text(first, SymbolicExprSimplify(first, 10).simplify(SymbolicExprParser(first)(input)));
-  const std::string b = text(second, SymbolicExprSimplify(second, 10).simplify(SymbolicExprParser(second)(input)));
+  const std::string a = text(first, SymbolicExprSimplify(first, 10).simplify(SymbolicExprParser{first}(input)));
+  const std::string b = text(second, SymbolicExprSimplify(second, 10).simplify(SymbolicExprParser{second}(input)));
   EXPECT_EQ(a, b);
   EXPECT_EQ(a, "x*y-x*z+y*z+y/x+x%z+3");
 }
@@ -132,7 +134,7 @@ TEST_P(SimplifyRandom, IsIdempotentAndConvergesWithinTheLimit) {
     ASSERT_TRUE(converged) << text(t, e);
     ASSERT_EQ(SymbolicExprSimplify(t, 10).simplify(s), s) << text(t, e) << " -> " << text(t, s);
     // The printed canonical form reads back to an expression with the same canonical form.
-    ASSERT_EQ(SymbolicExprSimplify(t, 10).simplify(SymbolicExprParser(t)(text(t, s))), s) << text(t, s);
+    ASSERT_EQ(SymbolicExprSimplify(t, 10).simplify(SymbolicExprParser{t}(text(t, s))), s) << text(t, s);
   }
 }
 
@@ -227,7 +229,7 @@ TEST(SimplifyBounds, LongExpansionsStayFiniteAndSound) {
   std::string s = "(a+b+c+d+e+f+g+h)";
   std::string text8 = s;
   for (int k = 1; k < 8; ++k) text8 += "*" + s;
-  const unsigned e = SymbolicExprParser(t)(text8);
+  const unsigned e = SymbolicExprParser{t}(text8);
   const unsigned r = SymbolicExprSimplify(t, 10).simplify(e);
   symtest::Env env;
   for (char c = 'a'; c <= 'h'; ++c) env[std::string(1, c)] = c - 'a' + 1;
