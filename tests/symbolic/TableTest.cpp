@@ -20,6 +20,8 @@ struct Builder {
   std::function<bool(const SymbolicExpr&)> isa;
 };
 
+void PrintTo(const Builder& b, std::ostream* os) { *os << b.name; }
+
 class HashConsing : public testing::TestWithParam<Builder> {
  protected:
   void SetUp() override {
