@@ -11,7 +11,8 @@
 //  - Determinism: the order of terms and factors depends on structure alone (kinds, then integers by
 //    value, names by their bytes), never on addresses or on the order of entering, so indexes and texts
 //    are reproducible.
-//  - Termination: at most limit passes, and one pass reaches the canonical form, which a second confirms.
+//  - Termination: at most limit passes. One pass reaches the canonical form and a second confirms it, so
+//    with a limit of 2 or more converged comes back true (barring the overflow rule below).
 //
 // Folding never overflows: sums and products are formed with checked 64-bit arithmetic, and where that
 // would overflow, where a coefficient would not fit an int, or where expanding products would pass a few

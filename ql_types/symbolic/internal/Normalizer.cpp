@@ -153,7 +153,6 @@ bool Normalizer::quotient(unsigned index, Poly& out) {
   const SymbolicExpr& e = table_.get(index);
   Poly n, d;
   if (!polyOf(e.getOperand(0), n) || !polyOf(e.getOperand(1), d)) return false;
-  unsigned ni, di;
   if (d.empty()) return byZero(SymbolicExprKind::Divide, n, out);
   if (n.empty()) {
     out.clear();
@@ -171,6 +170,7 @@ bool Normalizer::quotient(unsigned index, Poly& out) {
     out = constantPoly(sign);
     return true;
   }
+  unsigned ni, di;
   if (!build(n, ni) || !build(d, di)) return false;
   out = atomPoly(enterBinary(table_, SymbolicExprKind::Divide, ni, di));
   out[0].coef = sign;
@@ -181,7 +181,6 @@ bool Normalizer::remainder(unsigned index, Poly& out) {
   const SymbolicExpr& e = table_.get(index);
   Poly n, d;
   if (!polyOf(e.getOperand(0), n) || !polyOf(e.getOperand(1), d)) return false;
-  unsigned ni, di;
   if (d.empty()) return byZero(SymbolicExprKind::Modulo, n, out);
   std::int64_t nv, dv;
   if (isConstant(n, nv) && isConstant(d, dv)) {
@@ -208,6 +207,7 @@ bool Normalizer::remainder(unsigned index, Poly& out) {
     return true;
   }
   if (g > static_cast<std::uint64_t>(INT64_MAX)) return false;
+  unsigned ni, di;
   if (!build(n, ni) || !build(d, di)) return false;
   const unsigned atom = enterBinary(table_, SymbolicExprKind::Modulo, ni, di);
   out = Poly{Term{multiplyMonomials(m, Monomial{{atom, 1u}}), sign * static_cast<std::int64_t>(g)}};

@@ -7,7 +7,7 @@
 // only when a polynomial is turned back into an expression (see Normalizer).
 //
 // Coefficients are 64-bit and every operation checks for overflow: an operation that would overflow, or
-// would make more than kMaxTerms terms, answers false and leaves its output unspecified.
+// would make more than kMaxTerms terms, answers false, and its output is then of no use.
 #pragma once
 
 #include <cstddef>
