@@ -23,6 +23,9 @@ std::vector<CatalogEntry> buildEntries() {
 #define QL_CATALOG_NAME "QuillonTypes:Dimensions"
 #include "ql_types/platform/catalogs/QuillonTypes_Dimensions.def"
 #undef QL_CATALOG_NAME
+#define QL_CATALOG_NAME "QL:symbolic"
+#include "ql_types/platform/catalogs/QL_symbolic.def"
+#undef QL_CATALOG_NAME
 #define QL_CATALOG_NAME "ql_services:core"
 #include "ql_types/platform/catalogs/ql_services.def"
 #undef QL_CATALOG_NAME

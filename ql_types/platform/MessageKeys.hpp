@@ -50,6 +50,13 @@ namespace dimensions {
 #undef QL_CATALOG_NAME
 }  // namespace dimensions
 
+/// "QL:symbolic": the symbolic-expression library.
+namespace symbolic {
+#define QL_CATALOG_NAME "QL:symbolic"
+#include "ql_types/platform/catalogs/QL_symbolic.def"
+#undef QL_CATALOG_NAME
+}  // namespace symbolic
+
 /// "ql_services:core": the host service stand-ins.
 namespace services {
 #define QL_CATALOG_NAME "ql_services:core"

@@ -1,0 +1,65 @@
+// Integer polynomials over atoms, the working form of simplification.
+//
+// An atom is the index of a canonical entry that is not a sum, difference, product, negation or integer:
+// a name, a division, a remainder, a multi-dimensional size or a relation. A polynomial is a sorted list of
+// terms, each a coefficient and a monomial, a sorted list of (atom, exponent). The sort here is by atom
+// index, which is cheap but depends on insertion order; the canonical order used for output is applied
+// only when a polynomial is turned back into an expression (see Normalizer).
+//
+// Coefficients are 64-bit and every operation checks for overflow: an operation that would overflow, or
+// would make more than kMaxTerms terms, answers false, and its output is then of no use.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace QL {
+namespace internal {
+
+/// (atom, exponent) pairs, sorted by atom, exponents above 0.
+using Monomial = std::vector<std::pair<unsigned, unsigned>>;
+
+/// One term: coefficient times monomial; an empty monomial is the constant term.
+struct Term {
+  Monomial mono;
+  std::int64_t coef;
+  bool operator==(const Term& o) const { return coef == o.coef && mono == o.mono; }
+};
+
+/// Sorted by monomial, monomials distinct, coefficients non-zero; the zero polynomial is empty.
+using Poly = std::vector<Term>;
+
+/// Expansion stops past this many terms, so products of long sums cannot blow up.
+inline constexpr std::size_t kMaxTerms = 4096;
+
+/// The constant c.
+Poly constantPoly(std::int64_t c);
+/// The atom itself.
+Poly atomPoly(unsigned atom);
+/// Whether p is a constant (zero included), and which.
+bool isConstant(const Poly& p, std::int64_t& value);
+
+/// Sorts, merges equal monomials and drops zero terms.
+bool normalize(Poly& p);
+/// Appends the terms of p times factor to acc, without normalising.
+bool appendScaled(Poly& acc, const Poly& p, std::int64_t factor);
+/// a + sign * b, normalised; sign is 1 or -1.
+bool add(const Poly& a, const Poly& b, std::int64_t sign, Poly& out);
+/// a * b, normalised.
+bool multiply(const Poly& a, const Poly& b, Poly& out);
+/// p * -1.
+bool negate(Poly& p);
+
+/// The greatest common divisor of all coefficients of a and b (0 when both are zero).
+std::uint64_t content(const Poly& a, const Poly& b);
+/// The greatest monomial dividing every term of a and of b.
+Monomial monomialGcd(const Poly& a, const Poly& b);
+/// Divides every term of p by g and by m, both of which divide it exactly.
+void divideExact(Poly& p, std::uint64_t g, const Monomial& m);
+/// The product of two monomials.
+Monomial multiplyMonomials(const Monomial& a, const Monomial& b);
+
+}  // namespace internal
+}  // namespace QL
