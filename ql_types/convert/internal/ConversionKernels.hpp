@@ -24,24 +24,48 @@ static_assert(std::numeric_limits<double>::is_iec559 && std::numeric_limits<floa
 // ---------------------------------------------------------------------------------------------
 // Element conversions
 
-/// Rounds x to a whole number in its own precision (double or single).
+/// From this magnitude on every value of the type is whole: 2^52 for double, 2^23 for single.
+template <class F>
+inline constexpr F kAllWhole = std::is_same_v<F, double> ? F(0x1p52) : F(0x1p23);
+
+/// trunc, floor and ceil with the C library's results for |x| <= kAllWhole, where the cast to a
+/// 64-bit integer is exact. That is far cheaper than a libm call on processors without a rounding
+/// instruction, and floor and ceil correct it in integers, without a branch that random signs would
+/// mispredict. Zero loses its sign, which no integer destination can hold.
+template <class F>
+inline F truncInRange(F x) {
+  return static_cast<F>(static_cast<long long>(x));
+}
+
+template <class F>
+inline F floorInRange(F x) {
+  const long long t = static_cast<long long>(x);
+  return static_cast<F>(t - (static_cast<F>(t) > x));
+}
+
+template <class F>
+inline F ceilInRange(F x) {
+  const long long t = static_cast<long long>(x);
+  return static_cast<F>(t + (static_cast<F>(t) < x));
+}
+
+/// Rounds a finite x to a whole number in its own precision (double or single).
 template <fxpModeRounding_tag R, class F>
 inline F roundFloat(F x) {
   static_assert(R >= FXP_ROUND_ZERO && R <= FXP_ROUND_FLOOR, "kernels implement four rounding modes");
+  const F magnitude = std::fabs(x);
+  // From L on every value is whole; for nearest, adding 0.5 there could round up to an even neighbour.
+  if (magnitude >= kAllWhole<F>) return x;
   if constexpr (R == FXP_ROUND_NEAREST) {
-    // From L on every value is whole, and adding 0.5 could round up to the next even number.
-    constexpr F kAllWhole = std::is_same_v<F, double> ? F(0x1p52) : F(0x1p23);
-    const F magnitude = std::fabs(x);
-    if (magnitude >= kAllWhole) return x;
     // Skips the addition, which would round 0.49999999999999994 + 0.5 up to 1.
     if (magnitude < F(0.5)) return F(0);
-    return std::floor(x + F(0.5));  // ties toward positive infinity: -2.5 gives -2
+    return floorInRange(x + F(0.5));  // ties toward positive infinity: -2.5 gives -2
   } else if constexpr (R == FXP_ROUND_CEIL) {
-    return std::ceil(x);
+    return ceilInRange(x);
   } else if constexpr (R == FXP_ROUND_FLOOR) {
-    return std::floor(x);
+    return floorInRange(x);
   } else {
-    return std::trunc(x);
+    return truncInRange(x);
   }
 }
 
