@@ -1,13 +1,17 @@
-// An independent scalar model of built-in conversion, for differential tests. Values are held as
-// long double, whose 64-bit mantissa holds every double, single and 32-bit integer exactly.
-// Rounding, wrap-around and rounding to single are done by exact arithmetic written here, with no
-// code shared with the library's kernels. It models one element; the tests model the vector frame.
+// An independent scalar model of built-in conversion, for differential tests, and the source values
+// to run it on. Values are held as long double, whose 64-bit mantissa holds every double, single
+// and 32-bit integer exactly; rounding, wrap-around and rounding to single are exact arithmetic
+// written here, sharing no code with the library's kernels.
 #pragma once
 
+#include <algorithm>
+#include <cfloat>
 #include <cmath>
-#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
 
 namespace convref {
 
@@ -15,202 +19,41 @@ enum Id { kDouble, kSingle, kInt8, kUint8, kInt16, kUint16, kInt32, kUint32, kBo
 enum Overflow { kWrap, kSaturate };
 enum Rounding { kZero, kNearest, kCeil, kFloor, kAsZero, kHalfAway, kHalfEven };
 
+template <class T>
+long double get(const unsigned char* p) {
+  T v;
+  std::memcpy(&v, p, sizeof v);
+  return v;
+}
+template <class T>
+void put(unsigned char* p, long double x) {
+  const T v = static_cast<T>(x);  // callers pass representable values
+  std::memcpy(p, &v, sizeof v);
+}
+
 struct TypeInfo {
   const char* name;
   int bytes;
   bool isFloat;
   bool isSigned;
+  long double (*get)(const unsigned char*);
+  void (*put)(unsigned char*, long double);
 };
 
-inline constexpr TypeInfo kTypes[9] = {
-    {"double", 8, true, true},  {"single", 4, true, true},   {"int8", 1, false, true},
-    {"uint8", 1, false, false}, {"int16", 2, false, true},   {"uint16", 2, false, false},
-    {"int32", 4, false, true},  {"uint32", 4, false, false}, {"boolean", 1, false, false},
-};
-
-inline int bitsOf(int id) { return 8 * kTypes[id].bytes; }
-
-inline long double lowestOf(int id) { return kTypes[id].isSigned ? -std::ldexp(1.0L, bitsOf(id) - 1) : 0.0L; }
-
-inline long double highestOf(int id) {
-  return kTypes[id].isSigned ? std::ldexp(1.0L, bitsOf(id) - 1) - 1 : std::ldexp(1.0L, bitsOf(id)) - 1;
-}
-
-/// Element index of a buffer, read as an exact number.
-inline long double load(int id, const void* base, std::size_t index) {
-  const auto* p = static_cast<const unsigned char*>(base) + index * kTypes[id].bytes;
-  switch (id) {
-    case kDouble: {
-      double v;
-      std::memcpy(&v, p, sizeof v);
-      return v;
-    }
-    case kSingle: {
-      float v;
-      std::memcpy(&v, p, sizeof v);
-      return v;
-    }
-    case kInt8:
-      return static_cast<std::int8_t>(p[0]);
-    case kInt16: {
-      std::int16_t v;
-      std::memcpy(&v, p, sizeof v);
-      return v;
-    }
-    case kUint16: {
-      std::uint16_t v;
-      std::memcpy(&v, p, sizeof v);
-      return v;
-    }
-    case kInt32: {
-      std::int32_t v;
-      std::memcpy(&v, p, sizeof v);
-      return v;
-    }
-    case kUint32: {
-      std::uint32_t v;
-      std::memcpy(&v, p, sizeof v);
-      return v;
-    }
-    default:  // uint8, boolean
-      return p[0];
-  }
-}
-
-/// Stores v, which the caller made representable in the type.
-inline void store(int id, void* base, std::size_t index, long double v) {
-  auto* p = static_cast<unsigned char*>(base) + index * kTypes[id].bytes;
-  auto put = [p](auto value) { std::memcpy(p, &value, sizeof value); };
-  switch (id) {
-    case kDouble:
-      put(static_cast<double>(v));
-      break;
-    case kSingle:
-      put(static_cast<float>(v));
-      break;
-    case kInt8:
-      put(static_cast<std::int8_t>(v));
-      break;
-    case kInt16:
-      put(static_cast<std::int16_t>(v));
-      break;
-    case kUint16:
-      put(static_cast<std::uint16_t>(v));
-      break;
-    case kInt32:
-      put(static_cast<std::int32_t>(v));
-      break;
-    case kUint32:
-      put(static_cast<std::uint32_t>(v));
-      break;
-    default:
-      put(static_cast<std::uint8_t>(v));
-      break;
-  }
-}
-
-/// x rounded to a whole number by any of the seven modes, from its floor and its exact fraction.
-inline long double roundExact(long double x, int mode) {
-  if (!std::isfinite(x)) return x;
-  const long double below = std::floor(x);
-  const long double fraction = x - below;  // exact: x has at most 64 significant bits
-  const long double above = below + 1;
-  switch (mode) {
-    case kNearest:
-      return fraction >= 0.5L ? above : below;
-    case kCeil:
-      return fraction > 0 ? above : below;
-    case kFloor:
-      return below;
-    case kHalfAway:
-      if (fraction == 0.5L) return x > 0 ? above : below;
-      return fraction > 0.5L ? above : below;
-    case kHalfEven:
-      if (fraction == 0.5L) return std::fmod(below, 2.0L) == 0 ? below : above;
-      return fraction > 0.5L ? above : below;
-    default:  // zero, as zero
-      return x < 0 && fraction > 0 ? above : below;
-  }
-}
-
-/// The whole number r modulo 2^bits as a two's complement value of that width, for any magnitude:
-/// r is split into a 64-bit integer mantissa and a power of two, and the modulus taken in integers.
-inline long double wrapExact(long double r, int bits, bool isSigned) {
-  const std::uint64_t mask = (std::uint64_t{1} << bits) - 1;
-  std::uint64_t residue = 0;
-  if (r != 0) {
-    int exponent;
-    const long double fraction = std::frexp(std::fabs(r), &exponent);  // |r| = fraction * 2^exponent
-    const auto mantissa = static_cast<std::uint64_t>(std::ldexp(fraction, 64));
-    const int shift = exponent - 64;  // |r| = mantissa * 2^shift, and shift >= -63 since |r| >= 1
-    if (shift >= bits) {
-      residue = 0;
-    } else if (shift >= 0) {
-      residue = (mantissa << shift) & mask;
-    } else {
-      residue = (mantissa >> -shift) & mask;
-    }
-    if (r < 0) residue = (mask + 1 - residue) & mask;
-  }
-  long double value = static_cast<long double>(residue);
-  if (isSigned && residue > (mask >> 1)) value -= std::ldexp(1.0L, bits);
-  return value;
-}
-
-/// v rounded to nearest even in a binary format of the given precision whose smallest step is
-/// 2^minStep and whose magnitudes from 2^maxExponent on overflow to infinity.
-inline long double roundToFormat(long double v, int precision, int minStep, int maxExponent) {
-  if (!std::isfinite(v) || v == 0) return v;
-  const long double magnitude = std::fabs(v);
-  int exponent;
-  std::frexp(magnitude, &exponent);  // 2^(exponent-1) <= |v| < 2^exponent
-  int step = exponent - precision;
-  if (step < minStep) step = minStep;
-  const long double units = roundExact(std::ldexp(magnitude, -step), kHalfEven);
-  long double result = std::ldexp(units, step);
-  if (result >= std::ldexp(1.0L, maxExponent)) result = HUGE_VALL;
-  return std::copysign(result, v);  // a tiny negative value becomes -0
-}
-
-inline long double toSingle(long double v) { return roundToFormat(v, 24, -149, 128); }
-
-inline long double clamp(long double v, long double lo, long double hi) { return v < lo ? lo : v > hi ? hi : v; }
-
-/// Converts one value of type src to type dst, as the element conversion of the kernel for the
-/// pair. The boolean destination here means "not equal to zero"; a caller that models the copy
-/// of boolean to boolean passes dst = uint8.
-inline long double convertValue(long double v, int src, int dst, int overflow, int rounding) {
-  if (dst == kBoolean) return v != 0 ? 1 : 0;
-  if (dst == kDouble) return v;  // every source value is a double already
-  if (dst == kSingle) return toSingle(v);
-  const int bits = bitsOf(dst);
-  const bool isSigned = kTypes[dst].isSigned;
-  if (kTypes[src].isFloat) {
-    if (std::isnan(v)) return 0;
-    const long double r = roundExact(v, rounding == kAsZero ? kZero : rounding);
-    if (overflow == kSaturate) return clamp(r, lowestOf(dst), highestOf(dst));
-    return std::isinf(v) ? 0 : wrapExact(r, bits, isSigned);
-  }
-  if (overflow == kSaturate) return clamp(v, lowestOf(dst), highestOf(dst));
-  return wrapExact(v, bits, isSigned);
-}
-
-/// Whether v, converted with rounding mode "rounding" (0..6), leaves the range of dst. NaN stays
-/// in; an infinity leaves any integer range.
-inline bool roundsOutside(long double v, int dst, int rounding) {
-  if (std::isnan(v)) return false;
-  if (std::isinf(v)) return true;
-  const long double r = roundExact(v, rounding == kAsZero ? kZero : rounding);
-  return r < lowestOf(dst) || r > highestOf(dst);
-}
-
-}  // namespace convref
-
-namespace convref {
-
-/// The matrix of kernels as the tests know it: R has 8 kernels, O has 2, S has 1, and a trailing
-/// c marks a back-comparison pass. Rows are sources, columns destinations, both in id order.
 // clang-format off
+inline constexpr TypeInfo kTypes[9] = {
+  {"double", 8, true,  true,  get<double>,        put<double>},
+  {"single", 4, true,  true,  get<float>,         put<float>},
+  {"int8",   1, false, true,  get<std::int8_t>,   put<std::int8_t>},
+  {"uint8",  1, false, false, get<std::uint8_t>,  put<std::uint8_t>},
+  {"int16",  2, false, true,  get<std::int16_t>,  put<std::int16_t>},
+  {"uint16", 2, false, false, get<std::uint16_t>, put<std::uint16_t>},
+  {"int32",  4, false, true,  get<std::int32_t>,  put<std::int32_t>},
+  {"uint32", 4, false, false, get<std::uint32_t>, put<std::uint32_t>},
+  {"boolean",1, false, false, get<std::uint8_t>,  put<std::uint8_t>},
+};
+
+/// The matrix as the tests know it: R has 8 kernels, O 2, S 1; a trailing c marks a back-comparison pass.
 inline constexpr const char* kMatrix[9][9] = {
   //            double single int8  uint8 int16 uint16 int32 uint32 boolean
   /* double  */ {"S",  "Sc",  "Rc", "Rc", "Rc", "Rc",  "Rc", "Rc",  "Sc"},
@@ -229,5 +72,143 @@ inline bool usesRounding(int src, int dst) { return kMatrix[src][dst][0] == 'R';
 inline bool usesOverflow(int src, int dst) { return kMatrix[src][dst][0] != 'S'; }
 inline bool hasPass(int src, int dst) { return kMatrix[src][dst][1] == 'c'; }
 inline int rowLength(int src, int dst) { return usesRounding(src, dst) ? 8 : usesOverflow(src, dst) ? 2 : 1; }
+
+inline long double load(int id, const void* base, std::size_t i) {
+  return kTypes[id].get(static_cast<const unsigned char*>(base) + i * kTypes[id].bytes);
+}
+inline void store(int id, void* base, std::size_t i, long double v) {
+  kTypes[id].put(static_cast<unsigned char*>(base) + i * kTypes[id].bytes, v);
+}
+
+inline int bitsOf(int id) { return 8 * kTypes[id].bytes; }
+inline long double lowestOf(int id) { return kTypes[id].isSigned ? -std::ldexp(1.0L, bitsOf(id) - 1) : 0.0L; }
+inline long double highestOf(int id) { return std::ldexp(1.0L, bitsOf(id) - kTypes[id].isSigned) - 1; }
+
+/// x rounded to a whole number by any of the seven modes, from its floor and its exact fraction.
+inline long double roundExact(long double x, int mode) {
+  if (!std::isfinite(x)) return x;
+  const long double below = std::floor(x), above = below + 1;
+  const long double fraction = x - below;  // exact: x has at most 64 significant bits
+  switch (mode) {
+    case kNearest:
+      return fraction >= 0.5L ? above : below;
+    case kCeil:
+      return fraction > 0 ? above : below;
+    case kFloor:
+      return below;
+    case kHalfAway:
+      return fraction > 0.5L || (fraction == 0.5L && x > 0) ? above : below;
+    case kHalfEven:
+      return fraction > 0.5L || (fraction == 0.5L && std::fmod(below, 2.0L) != 0) ? above : below;
+    default:
+      return x < 0 && fraction > 0 ? above : below;  // zero, as zero
+  }
+}
+
+/// The whole number r modulo 2^bits as a two's complement value of that width, at any magnitude:
+/// |r| is split into a 64-bit integer mantissa times a power of two and reduced in integers.
+inline long double wrapExact(long double r, int bits, bool isSigned) {
+  const std::uint64_t mask = (std::uint64_t{1} << bits) - 1;
+  std::uint64_t residue = 0;
+  if (r != 0) {
+    int exponent;
+    const auto mantissa = static_cast<std::uint64_t>(std::ldexp(std::frexp(std::fabs(r), &exponent), 64));
+    const int shift = exponent - 64;  // >= -63 because |r| >= 1
+    residue = shift >= bits ? 0 : shift >= 0 ? (mantissa << shift) & mask : (mantissa >> -shift) & mask;
+    if (r < 0) residue = (mask + 1 - residue) & mask;
+  }
+  const long double value = static_cast<long double>(residue);
+  return isSigned && residue > (mask >> 1) ? value - std::ldexp(1.0L, bits) : value;
+}
+
+/// v rounded to nearest even as a single: 24 significant bits, steps no finer than 2^-149, and
+/// infinity from 2^128 on.
+inline long double toSingle(long double v) {
+  if (!std::isfinite(v) || v == 0) return v;
+  int exponent;
+  std::frexp(std::fabs(v), &exponent);
+  const int step = std::max(exponent - 24, -149);
+  long double result = std::ldexp(roundExact(std::ldexp(std::fabs(v), -step), kHalfEven), step);
+  if (result >= 0x1p128L) result = HUGE_VALL;
+  return std::copysign(result, v);  // a tiny negative value becomes -0
+}
+
+/// One value of type src converted to dst by the element rule of the pair's kernel. A boolean
+/// destination means "not equal to zero"; the boolean row's copy to boolean is modelled as uint8.
+inline long double convertValue(long double v, int src, int dst, int overflow, int rounding) {
+  if (dst == kBoolean) return v != 0 ? 1 : 0;
+  if (dst == kDouble) return v;  // every source value is a double already
+  if (dst == kSingle) return toSingle(v);
+  if (kTypes[src].isFloat) {
+    if (std::isnan(v)) return 0;
+    if (overflow == kWrap && std::isinf(v)) return 0;
+    v = roundExact(v, rounding);
+  }
+  if (overflow == kSaturate) return std::clamp(v, lowestOf(dst), highestOf(dst));
+  return wrapExact(v, bitsOf(dst), kTypes[dst].isSigned);
+}
+
+/// Whether v, rounded by mode 0..6, leaves the range of the integer type dst.
+inline bool roundsOutside(long double v, int dst, int rounding) {
+  if (std::isnan(v)) return false;
+  const long double r = roundExact(v, rounding);
+  return r < lowestOf(dst) || r > highestOf(dst);
+}
+
+// ---- source values ------------------------------------------------------------------------------
+
+/// Edges of float conversion, meant as doubles: NaN, infinities, signed zeros, ties, 2^23, 2^52,
+/// huge values, the single range, and each integer type's limits and word with their neighbours.
+inline std::vector<long double> floatEdges() {
+  const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
+  // clang-format off
+  std::vector<long double> v = {
+      nan, -nan, inf, -inf, 0.0, -0.0, 0.5, -0.5, 1.5, -1.5, 2.5, -2.5, 3.5, -3.5, -0.3, 127.4, 200.7, -129.5,
+      0.49999999999999994, -0.49999999999999994, 0.5000000000000001, std::nextafter(0.5f, 0.0f), 0.5 + 0x1p-24,
+      1 - 0x1p-24, 127.0000001, 1e300, -1e300, DBL_MAX, -DBL_MAX, DBL_TRUE_MIN, -DBL_TRUE_MIN, FLT_MAX, -FLT_MAX,
+      0x1p128 - 0x1p103, std::nextafter(0x1p128 - 0x1p103, 0.0), 0x1p128, 1e38, 1e39, -1e39,
+      0x1p23, 0x1p23 + 0.5, 0x1p23 - 0.5, -0x1p23 - 0.5, 0x1p23 + 1, 0x1p24 + 2, 0x1p52, 0x1p52 - 0.5, -0x1p52 + 0.5,
+      0x1p52 + 1, 0x1p53 + 2, 0x1p63, 0x1p64 + 0x1p12, -0x1p70 - 0x1p20, 3 * 0x1p32 + 7.5, -5 * 0x1p32 - 0.5,
+      2147483520.0, 2147483584.0, 4294967040.0, 4294967168.0};
+  // clang-format on
+  for (int id = kInt8; id <= kUint32; ++id) {
+    const long double word = std::ldexp(1.0L, bitsOf(id));
+    for (long double edge : {lowestOf(id), highestOf(id), word, -word}) {
+      for (long double d : {-1.0L, -0.75L, -0.5L, -0.25L, 0.0L, 0.25L, 0.5L, 0.75L, 1.0L}) v.push_back(edge + d);
+      for (double tie : {double(edge - 0.5L), double(edge + 0.5L)})  // just either side of the ties
+        for (double toward : {-inf, inf}) v.push_back(std::nextafter(tie, toward));
+    }
+  }
+  return v;
+}
+
+/// Edges and random values (fixed seed) of a source type, each exactly representable in it.
+inline std::vector<long double> sourcePool(int id, int randomCount = 48) {
+  std::mt19937_64 rng(20240611u + id);
+  std::vector<long double> pool;
+  if (kTypes[id].isFloat) {
+    std::vector<long double> all = floatEdges();
+    std::uniform_real_distribution<double> spread(-300.0, 300.0);
+    std::uniform_int_distribution<int> scale(-40, 80);
+    for (int i = 0; i < randomCount; ++i) {
+      const std::uint64_t bits = rng();
+      double anyBits;
+      std::memcpy(&anyBits, &bits, sizeof anyBits);
+      all.push_back(i % 3 == 0 ? spread(rng) : i % 3 == 1 ? std::ldexp(spread(rng), scale(rng)) : anyBits);
+    }
+    for (long double c : all) pool.push_back(id == kSingle ? toSingle(static_cast<double>(c)) : static_cast<double>(c));
+  } else if (bitsOf(id) == 8) {  // small enough to try every value
+    for (int b = 0; b < 256; ++b) pool.push_back(kTypes[id].isSigned ? static_cast<std::int8_t>(b) : b);
+  } else {
+    for (int other = kInt8; other <= kUint32; ++other)
+      for (long double edge : {lowestOf(other), highestOf(other), 0.0L, 16777217.0L, -16777217.0L})
+        for (long double x = edge - 2; x <= edge + 2; ++x)
+          if (x >= lowestOf(id) && x <= highestOf(id)) pool.push_back(x);
+    std::uniform_int_distribution<long long> any(static_cast<long long>(lowestOf(id)),
+                                                 static_cast<long long>(highestOf(id)));
+    for (int i = 0; i < randomCount; ++i) pool.push_back(any(rng));
+  }
+  return pool;
+}
 
 }  // namespace convref

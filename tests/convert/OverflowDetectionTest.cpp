@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "ConversionReference.hpp"
-#include "ValuePools.hpp"
 #include "ql_types/convert/internal/OverflowDetection.hpp"
 
 namespace {
@@ -130,15 +129,6 @@ INSTANTIATE_TEST_SUITE_P(TiesAndLimits, OverflowThreshold, ::testing::Values(
   ThresholdCase{kBoolean, 200,           kInt8,   FXP_ROUND_ZERO,      false}   // boolean sources are not scanned
 ));
 // clang-format on
-
-TEST(OverflowDetection, InfinityOverflowsEveryIntegerInEveryMode) {
-  const double inf[2] = {kInf, -kInf};
-  for (int dst = kInt8; dst <= kUint32; ++dst)
-    for (int rounding = 0; rounding <= 6; ++rounding) {
-      EXPECT_TRUE(check(&inf[0], 1, kDouble, false, dst, rounding));
-      EXPECT_TRUE(check(&inf[1], 1, kDouble, false, dst, rounding));
-    }
-}
 
 TEST(OverflowDetection, AnswersWithoutReadingWhenThereIsNothingToScan) {
   // A null source is never touched when the answer is known beforehand.
