@@ -39,7 +39,8 @@ struct KernelTypes {
 };
 
 /// The types whose kernel a cell runs. The boolean row reuses the uint8 kernels, its boolean cell
-/// being the uint8 copy; only boolean to int8 and to uint8 have byte copies of their own.
+/// being the uint8 copy; only boolean to int8 and to uint8 have byte copies of their own. None of
+/// them normalises, deliberately: a boolean byte of 2 stays 2, or becomes 2.0.
 constexpr KernelTypes kernelTypesOf(int src, int dst) {
   if (src != kBoolean || dst == kInt8 || dst == kUint8) return {src, dst};
   return {kUint8, dst == kBoolean ? kUint8 : dst};

@@ -98,8 +98,9 @@ typename Builtin<DstId>::element wrapFloatToInt(F x) {
   return static_cast<D>(r);
 }
 
-/// Float to integer under saturate. The limits are compared with the unrounded value, in the
-/// source's precision: a single sees int32's M as 2^31 and uint32's as 2^32.
+/// Float to integer under saturate. The limits are compared with the unrounded value, deliberately
+/// (127.5 gives 127 under nearest), in the source's precision: a single sees int32's M as 2^31 and
+/// uint32's as 2^32.
 template <class F, fxpModeRounding_tag R, int DstId>
 inline typename Builtin<DstId>::element saturateFloatToInt(F x) {
   using Dst = Builtin<DstId>;
@@ -223,7 +224,8 @@ inline bool backCompare(const typename Builtin<SrcId>::element* src, const typen
     } else if constexpr (Sh == Shape::ComplexToComplex) {
       same = sameValue<SrcId, DstId>(s[0], dst[2 * i]) && sameValue<SrcId, DstId>(s[1], dst[2 * i + 1]);
     } else if constexpr (Sh == Shape::ComplexToReal) {
-      // The dropped imaginary part must have been zero; for boolean the byte 0 or 1 meets the real part.
+      // The dropped imaginary part must have been zero. For boolean the byte 0 or 1 meets the real
+      // part, so a source of 2 deliberately fails although it converted correctly.
       same = sameValue<SrcId, DstId>(s[0], dst[i]) && s[1] == 0;
     } else {
       same = sameValue<SrcId, DstId>(s[0], dst[2 * i]);
