@@ -1,0 +1,133 @@
+// Every kernel reachable from utGetQlBuiltinDtypeConvFcn against the reference: all 81 pairs, every
+// overflow and rounding value a caller may pass (0..1, 0..4), the four complex shapes, with and
+// without the pass; the whole pool in one vector, each value alone, and lengths 0..9 (around the
+// unrolled loop) with broadcast sources. Each call checks every element written, the result, and
+// guard bytes after the destination. Source buffers are exactly as long as a kernel may read, so the
+// sanitizer build catches overreads.
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ConversionReference.hpp"
+#include "ql_types/convert/BuiltinConversion.hpp"
+
+namespace {
+
+using namespace convref;
+
+struct Call {
+  int src, dst, overflow, rounding;
+  bool srcComplex, dstComplex, checkLossless;
+  unsigned srcLength, dstLength;
+};
+
+// The boolean row's copy to boolean is a uint8 kernel, not one of the kernels to boolean.
+bool toBoolean(const Call& c) { return c.dst == kBoolean && c.src != kBoolean; }
+
+std::size_t sourceStep(const Call& c) {
+  const bool broadcast = toBoolean(c) ? c.srcLength == 1 : c.srcLength <= 1;
+  return broadcast ? 0 : c.srcComplex ? 2 : 1;
+}
+
+std::size_t destinationSlots(const Call& c) { return c.dstLength * (c.dstComplex && !toBoolean(c) ? 2 : 1); }
+
+/// The frame, modelled: the destination slots and the result, from the source slots.
+std::pair<std::vector<long double>, bool> model(const Call& c, const std::vector<long double>& in) {
+  // Modes the pair's row doesn't select by are not looked at.
+  const int overflow = usesOverflow(c.src, c.dst) ? c.overflow : kWrap;
+  const int rounding = usesRounding(c.src, c.dst) ? c.rounding : kZero;
+  const int dst = c.src == kBoolean && c.dst == kBoolean ? kUint8 : c.dst;
+  auto convert = [&](long double v) { return convertValue(v, c.src, dst, overflow, rounding); };
+  std::vector<long double> out;
+  bool lossless = true;
+  for (std::size_t i = 0; i < c.dstLength; ++i) {
+    const long double re = in[i * sourceStep(c)], im = c.srcComplex ? in[i * sourceStep(c) + 1] : 0;
+    const long double outRe = toBoolean(c) ? (re != 0 || im != 0) : convert(re);
+    out.push_back(outRe);
+    lossless = lossless && outRe == re && (!c.srcComplex || im == 0 || (c.dstComplex && !toBoolean(c)));
+    if (c.dstComplex && !toBoolean(c)) {
+      out.push_back(c.srcComplex ? convert(im) : 0);
+      lossless = lossless && (!c.srcComplex || out.back() == im);
+    }
+  }
+  return {out, hasPass(c.src, c.dst) && c.checkLossless ? lossless : true};
+}
+
+/// Runs one call on fresh buffers; returns an empty string or the first discrepancy.
+std::string runAndCompare(const Call& c, const std::vector<long double>& pool, std::size_t offset) {
+  const std::size_t parts = c.srcComplex ? 2 : 1;
+  std::size_t slots = c.srcLength * parts;
+  if (c.dstLength > 0) slots = std::max(slots, (c.dstLength - 1) * sourceStep(c) + parts);
+  std::vector<long double> in(slots);
+  std::vector<unsigned char> src(slots * kTypes[c.src].bytes);
+  for (std::size_t i = 0; i < slots; ++i) store(c.src, src.data(), i, in[i] = pool[(offset + i) % pool.size()]);
+  const std::size_t dstBytes = destinationSlots(c) * kTypes[c.dst].bytes;
+  std::vector<unsigned char> dst(dstBytes + 32, 0xA5);
+
+  const auto overflow = static_cast<fxpModeOverflow_tag>(c.overflow);
+  const auto rounding = static_cast<fxpModeRounding_tag>(c.rounding);
+  const bool result = utGetQlBuiltinDtypeConvFcn(c.src, c.dst, overflow, rounding)(
+      src.data(), dst.data(), c.srcLength, c.dstLength, c.srcComplex, c.dstComplex, c.checkLossless, c.src, c.dst,
+      overflow, rounding);
+
+  const auto [want, wantResult] = model(c, in);
+  std::ostringstream failure;
+  for (std::size_t i = 0; i < want.size() && failure.str().empty(); ++i) {
+    const long double got = load(c.dst, dst.data(), i);
+    // Floats must match to the sign of zero; an integer zero has no sign.
+    const bool same = std::isnan(want[i])
+                          ? std::isnan(got)
+                          : got == want[i] && (!kTypes[c.dst].isFloat || std::signbit(got) == std::signbit(want[i]));
+    if (!same) failure << "slot " << i << ": got " << double(got) << ", want " << double(want[i]);
+  }
+  if (failure.str().empty() && result != wantResult) failure << "result " << result << ", want " << wantResult;
+  for (std::size_t b = dstBytes; failure.str().empty() && b < dst.size(); ++b)
+    if (dst[b] != 0xA5) failure << "wrote past the destination";
+  if (failure.str().empty()) return "";
+  std::ostringstream call;
+  call << kTypes[c.src].name << (c.srcComplex ? " complex" : "") << " -> " << kTypes[c.dst].name
+       << (c.dstComplex ? " complex" : "") << ", overflow " << c.overflow << ", rounding " << c.rounding << ", check "
+       << c.checkLossless << ", lengths " << c.srcLength << "/" << c.dstLength << ", pool offset " << offset << ": ";
+  return call.str() + failure.str();
+}
+
+class KernelDifferential : public ::testing::TestWithParam<int> {};
+
+TEST_P(KernelDifferential, MatchesTheReferenceForEveryModeShapeAndLength) {
+  const int src = GetParam() / 9, dst = GetParam() % 9;
+  const std::vector<long double> pool = sourcePool(src);
+  for (int overflow = 0; overflow <= 1; ++overflow)
+    for (int rounding = 0; rounding <= 4; ++rounding)
+      for (int shape = 0; shape < 4; ++shape)
+        for (bool check : {false, true}) {
+          Call c{src, dst, overflow, rounding, (shape & 2) != 0, (shape & 1) != 0, check, 0, 0};
+          std::vector<std::pair<Call, std::size_t>> calls;
+          c.srcLength = c.dstLength = static_cast<unsigned>(pool.size() / (c.srcComplex ? 2 : 1));
+          calls.insert(calls.end(), {{c, 0}, {c, 1}});  // the whole pool, paired two ways when complex
+          c.srcLength = c.dstLength = 1;
+          for (std::size_t k = 0; k < pool.size(); ++k) calls.push_back({c, k});  // each value decides the pass
+          for (unsigned dstLength = 0; dstLength <= 9; ++dstLength)
+            for (unsigned srcLength : {0u, 1u, dstLength, dstLength + 3})
+              for (std::size_t offset : {std::size_t{0}, pool.size() / 3, pool.size() / 2 + 1}) {
+                c.srcLength = srcLength;
+                c.dstLength = dstLength;
+                calls.push_back({c, offset});
+              }
+          for (const auto& [call, offset] : calls) {
+            const std::string failure = runAndCompare(call, pool, offset);
+            if (!failure.empty()) {
+              ADD_FAILURE() << failure;
+              break;  // one report per combination
+            }
+          }
+        }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllPairs, KernelDifferential, ::testing::Range(0, 81), [](const auto& info) {
+  return std::string(kTypes[info.param / 9].name) + "_to_" + kTypes[info.param % 9].name;
+});
+
+}  // namespace
