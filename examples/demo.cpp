@@ -1,5 +1,10 @@
 // The ql_types demo: real calls, real output.
+#include <cmath>
+#include <cstdint>
+#include <iomanip>
+#include <limits>
 #include <iostream>
+#include <vector>
 
 #include "ql_types/ql_types.hpp"
 
@@ -79,6 +84,159 @@ void showFixedPointText() {
   displayFxpDTPFlat(&records[2]);
 }
 
+// Fills a structure as a client does: elements, offsets, sizes and the three counts.
+struct FieldSpec {
+  const char* name;
+  int type;
+  int width;
+  bool complex;
+};
+
+int fillStruct(DataTypeTable& table, const char* name, const std::vector<FieldSpec>& fields) {
+  const auto client = static_cast<DataTypeSource>(2);
+  const int id = table.registerStructDataType(name, client, nullptr);
+  auto* s = static_cast<StructDataType*>(table.getDataType(id));
+  s->setNumElements(static_cast<int>(fields.size()));
+  int offset = 0, dfs = 1, flat = 0, raw = 0;
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    const FieldSpec& f = fields[i];
+    StructElement* e = s->getElements()[i];
+    e->setName(f.name);
+    e->setDataTypeId(f.type);
+    e->setSignalType(f.complex ? 1 : 0);
+    e->setNumDimensions(1);
+    int* dims = static_cast<int*>(utMalloc(sizeof(int)));
+    dims[0] = f.width;
+    e->setDimensions(dims);
+    e->setOffset(offset);
+    e->setVarDimsOffset(0);
+    const int size = table.getDataType(f.type)->getSize() * (f.complex ? 2 : 1);
+    offset += f.width * size;
+    if (table.IsStructType(f.type)) {
+      auto* nested = static_cast<StructDataType*>(table.getDataType(f.type));
+      dfs += f.width == 1 ? nested->getNumDFSElements() : 1 + f.width * nested->getNumDFSElements();
+      flat += f.width * nested->getNumFlatElements();
+      raw += f.width * nested->getNumRawElements();
+    } else {
+      dfs += 1;
+      flat += 1;
+      raw += f.width * (f.complex ? 2 : 1);
+    }
+  }
+  s->setSize(offset);
+  s->setNumDFSElements(dfs);
+  s->setNumFlatElements(flat);
+  s->setNumRawElements(raw);
+  return id;
+}
+
+void showNestedBus() {
+  section("A nested bus, walked four ways");
+  DataTypeTable table;
+  const int inner = fillStruct(table, "Inner", {{"k", 4, 1, false}, {"z", 0, 1, true}});
+  const int point = fillStruct(table, "Point", {{"x", 1, 1, false}, {"y", 1, 1, false}});
+  const int top = fillStruct(table, "Sensor",
+                             {{"id", 7, 1, false}, {"inner", inner, 1, false}, {"pts", point, 3, false},
+                              {"gain", 0, 1, true}});
+  auto* s = static_cast<StructDataType*>(table.getDataType(top));
+  s->createCacheForFrequentlyAccessedProperties(&table);
+  std::cout << "  Sensor: size " << s->getSize() << ", " << s->getNumDFSElements() << " nodes, "
+            << s->getNumFlatElements() << " leaves, " << s->getNumRawElements() << " raw values; complex data: "
+            << (s->hasComplexData() ? "yes" : "no") << ", array of buses: " << (s->hasAOB() ? "yes" : "no") << '\n';
+  auto typeName = [&table](int id) { return table.getDataType(id)->getName(); };
+
+  std::cout << "  immediate elements:\n";
+  ImmediateElementAccess imm(&table, top);
+  for (int i = 0; i < imm.getNumElements(); ++i)
+    std::cout << "    " << imm.getName(i) << "\toffset " << imm.getOffset(i) << "\t" << typeName(imm.getDataTypeId(i))
+              << (imm.getWidth(i) > 1 ? "[" + std::to_string(imm.getWidth(i)) + "]" : "") << "\tpadding "
+              << imm.getPadding(i) << '\n';
+
+  std::cout << "  depth-first nodes:\n";
+  DFSElementAccess dfs(&table, top);
+  for (int i = 0; i < dfs.getNumElements(); ++i)
+    std::cout << "    " << i << "\t" << ConvertUStringToStdString(dfs.getFullPathAsString(i, true)) << "\toffset "
+              << dfs.getOffset(i) << "\t" << typeName(dfs.getDataTypeId(i)) << '\n';
+
+  std::cout << "  leaves:\n";
+  FlatElementAccess flat(&table, top);
+  for (int i = 0; i < flat.getNumElements(); ++i)
+    std::cout << "    " << i << "\t" << ConvertUStringToStdString(flat.getFullPathAsString(i, false)) << "\toffset "
+              << flat.getOffset(i) << "\t" << typeName(flat.getDataTypeId(i))
+              << (flat.getSignalType(i) == 1 ? " (complex)" : "") << '\n';
+
+  std::cout << "  raw values:\n   ";
+  RawElementAccess raw(&table, top);
+  for (int i = 0; i < raw.getNumElements(); ++i)
+    std::cout << " " << i << ":" << typeName(raw.getDataTypeId(i)) << "@" << raw.getOffset(i);
+  std::cout << "\n  the second Sensor of an array starts its node 3 at offset " << dfs.getOffset(dfs.getNumElements() + 3)
+            << ": " << ConvertUStringToStdString(dfs.getFullPathAsString(dfs.getNumElements() + 3, true)) << '\n';
+}
+
+void showConversion() {
+  section("Built-in conversion of doubles with edge values");
+  const double src[] = {-129.5, -128.0, -1.5, -0.5, 0.49999999999999994, 2.5, 7.0, 127.5, 200.7, 70000.25, 1e300,
+                        std::numeric_limits<double>::infinity(), std::nan("")};
+  const unsigned n = sizeof src / sizeof src[0];
+  std::cout << "  source:" << std::setprecision(17);
+  for (double v : src) std::cout << ' ' << v;
+  std::cout << std::setprecision(6) << '\n';
+  const char* rounding[] = {"zero", "nearest", "ceil", "floor"};
+  for (int dst = 2; dst <= 7; ++dst) {
+    for (int o = 0; o <= 1; ++o) {
+      for (int r = 0; r <= 3; ++r) {
+        std::int64_t out[n];
+        unsigned char buffer[n * 4];
+        qlConvertBuiltInDTypeVectWithCheck(src, n, 0, false, buffer, n, dst, false, static_cast<fxpModeOverflow_tag>(o),
+                                           static_cast<fxpModeRounding_tag>(r), false);
+        for (unsigned i = 0; i < n; ++i) {
+          switch (dst) {
+            case 2: out[i] = reinterpret_cast<std::int8_t*>(buffer)[i]; break;
+            case 3: out[i] = buffer[i]; break;
+            case 4: out[i] = reinterpret_cast<std::int16_t*>(buffer)[i]; break;
+            case 5: out[i] = reinterpret_cast<std::uint16_t*>(buffer)[i]; break;
+            case 6: out[i] = reinterpret_cast<std::int32_t*>(buffer)[i]; break;
+            default: out[i] = reinterpret_cast<std::uint32_t*>(buffer)[i]; break;
+          }
+        }
+        std::cout << "  " << DataTypeTable::getNameOfBuiltInDataType(dst) << (o ? " saturate " : " wrap     ")
+                  << rounding[r] << ":";
+        for (unsigned i = 0; i < n; ++i) std::cout << ' ' << out[i];
+        std::cout << '\n';
+      }
+    }
+  }
+  std::cout << "  the lossless check and the overflow pre-check, element by element, double to int8 (nearest):\n";
+  for (unsigned i = 0; i < n; ++i) {
+    std::int8_t one = 0;
+    const bool kept = qlConvertBuiltInDTypeVectWithCheck(&src[i], 1, 0, false, &one, 1, 2, false,
+                                                         FXP_OVERFLOW_SATURATE, FXP_ROUND_NEAREST, true);
+    const bool overflows =
+        DataType::CheckForOverflowDuringDataTypeConversion(&src[i], 1, 0, false, 2, FXP_ROUND_NEAREST);
+    std::cout << "    " << src[i] << " -> " << int(one) << (kept ? "  exact" : "  changed")
+              << (overflows ? ", out of range" : "") << '\n';
+  }
+}
+
+void showTypeOperations() {
+  section("Values through the table");
+  DataTypeTable table;
+  const auto client = static_cast<DataTypeSource>(2);
+  const int alias = table.registerAliasDataType("Counts", client, 4, nullptr);
+  const double src[5] = {-1.9, 2.5, 40000.0, -1e9, 7.0};
+  std::int16_t dst[5] = {};
+  table.convertToUsingDstId(alias, 0, 5, src, nullptr, dst);
+  std::cout << "  double to Counts (an int16 alias), saturating, toward zero:";
+  for (std::int16_t v : dst) std::cout << ' ' << v;
+  unsigned char positive[5] = {};
+  table.isPositive(alias, 5, dst, nullptr, positive);
+  std::cout << "\n  positive:";
+  for (unsigned char v : positive) std::cout << ' ' << int(v);
+  std::cout << "\n  any non-zero: " << (table.checkIfNonZeroArray(dst, 5, alias, false) ? "yes" : "no")
+            << "; assistant text of sfix16_En3: "
+            << table.getDTACompliantString(table.registerDataType("sfix16_En3", client, nullptr)) << '\n';
+}
+
 }  // namespace
 
 int main() {
@@ -86,5 +244,8 @@ int main() {
   showDiagnostics();
   showDataTypeTable();
   showFixedPointText();
+  showConversion();
+  showNestedBus();
+  showTypeOperations();
   return 0;
 }

@@ -14,6 +14,7 @@
 #include "ql_types/datatypes/StructDataType.hpp"
 #include "ql_types/datatypes/StructElementAccess.hpp"
 
+#include "ql_types/convert/BuiltinConversion.hpp"
 #include "ql_types/convert/HostArrayBridge.hpp"
 
 #include "ql_types/platform/BaseMsgID.hpp"

@@ -1,6 +1,7 @@
 // Overflow detection: one scan of the source against thresholds chosen by the rounding mode, so
 // that a plain comparison of the unrounded value says whether the rounded value leaves the range.
 #include "ql_types/convert/internal/OverflowDetection.hpp"
+#include "ql_types/datatypes/DataType.hpp"
 
 #include <cmath>
 #include <cstddef>
@@ -111,3 +112,12 @@ bool checkForOverflowDuringDataTypeConversion(void const* src, int count, int sr
 }
 
 }  // namespace QLTypeSys::detail
+
+namespace QLTypeSys {
+
+bool DataType::CheckForOverflowDuringDataTypeConversion(void const* src, int count, int srcId, bool isComplex,
+                                                        int dstId, fxpModeRounding_tag rounding) {
+  return detail::checkForOverflowDuringDataTypeConversion(src, count, srcId, isComplex, dstId, rounding);
+}
+
+}  // namespace QLTypeSys

@@ -9,6 +9,7 @@
 #include <ostream>
 
 #include "ql_types/datatypes/StructDataType.hpp"
+#include "ql_types/datatypes/internal/BuiltinValueFunctions.hpp"
 #include "ql_types/platform/Memory.hpp"
 #include "ql_types/platform/Text.hpp"
 
@@ -76,6 +77,12 @@ void DataTypeTable::initializeBuiltInDataTypes() {
     row.size_ = kBuiltIns[id].size;
     row.storageId_ = id;
     row.groundHasNonZeroStoredValue_ = false;
+    const internal::BuiltinValueFunctions& f = internal::builtinValueFunctions(id);
+    row.convertBetweenFcn_ = f.convertBetween;
+    row.isPositiveFcn_ = f.isPositive;
+    row.isNegativeFcn_ = f.isNegative;
+    row.greaterThanFcn_ = f.greaterThan;
+    row.greaterEqualFcn_ = f.greaterEqual;
   }
   // The copy shares no buffer: an AutoDataType owns none.
   r.builtIn[0] = AutoDataType();

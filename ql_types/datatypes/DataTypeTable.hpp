@@ -143,6 +143,22 @@ class DataTypeTable {
   /// The nearest type both ids alias to, or -10. Uses the entries' visit flags.
   int getDataTypeIdCommonAncestor(int a, int b) const;
 
+  // --- values of any type, through its value functions (ids are not checked) --------------
+  void convertToUsingDstId(int dstId, int srcId, int n, const void* src, const void* extra, void* dst);
+  void convertToUsingSrcId(int dstId, int srcId, int n, const void* src, const void* extra, void* dst);
+  /// 1 on success, 0 on any raised failure (whose reason is dropped).
+  int convertToUsingSrcIdWithStatus(int dstId, int srcId, int n, const void* src, const void* extra, void* dst);
+  void isPositive(int id, int n, const void* src, const void* extra, void* result);
+  int isPositiveWithStatus(int id, int n, const void* src, const void* extra, void* result);
+  void isNegative(int id, int n, const void* src, const void* extra, void* result);
+  void greaterThan(int id, int n, const void* a, const void* b, const void* extra, void* result);
+  void greaterEqual(int id, int n, const void* a, const void* b, const void* extra, void* result);
+  /// Whether any element (any part, if complex) is not zero: as numbers for "double" and
+  /// "single", byte for byte against the type's ground for every other id.
+  bool checkIfNonZeroArray(const void* values, int n, int id, bool isComplex) const;
+  /// "fixdt('name')", "Enum: name", "Bus: name" or the name, by the entry's own kind.
+  std::string getDTACompliantString(int id) const;
+
   // --- other state -------------------------------------------------------------------------
   void setErrorQueue(qlsvDiagnosticImpl* queue) { errorQueue_ = queue; }
   qlsvDiagnosticImpl* getErrorQueue() const { return errorQueue_; }
