@@ -231,8 +231,7 @@ const void* DataTypeTable::getDataTypeProperties(const char*, int id) const {
 
 const char* DataTypeTable::getEnumTypeStringFromValue(int, int) const { return nullptr; }
 
-void DataTypeTable::registerBuiltInDataType(DataType* type, int id) {
-  const DataType& row = builtInRow(id);
+void DataTypeTable::copyRowFields(DataType* type, const DataType& row) {
   type->size_ = row.size_;
   type->storageId_ = row.storageId_;
   type->idAliasedToForTesting_ = row.idAliasedToForTesting_;
@@ -241,6 +240,11 @@ void DataTypeTable::registerBuiltInDataType(DataType* type, int id) {
   type->isNegativeFcn_ = row.isNegativeFcn_;
   type->greaterThanFcn_ = row.greaterThanFcn_;
   type->greaterEqualFcn_ = row.greaterEqualFcn_;
+}
+
+void DataTypeTable::registerBuiltInDataType(DataType* type, int id) {
+  const DataType& row = builtInRow(id);
+  copyRowFields(type, row);
   type->groundHasNonZeroStoredValue_ = row.groundHasNonZeroStoredValue_;
   type->ground_ = static_cast<unsigned char*>(utCalloc(2, static_cast<std::size_t>(type->size_)));
   if (!type->ground_) qlRaise(msg::MemoryAllocErr);
@@ -256,15 +260,7 @@ void DataTypeTable::registerBuiltInDataType(DataType* type, int id) {
 }
 
 void DataTypeTable::registerInternalExtraDataType(DataType* type, int id) {
-  const DataType& row = builtInRow(id);
-  type->size_ = row.size_;
-  type->storageId_ = row.storageId_;
-  type->idAliasedToForTesting_ = row.idAliasedToForTesting_;
-  type->convertBetweenFcn_ = row.convertBetweenFcn_;
-  type->isPositiveFcn_ = row.isPositiveFcn_;
-  type->isNegativeFcn_ = row.isNegativeFcn_;
-  type->greaterThanFcn_ = row.greaterThanFcn_;
-  type->greaterEqualFcn_ = row.greaterEqualFcn_;
+  copyRowFields(type, builtInRow(id));
   type->ground_ = static_cast<unsigned char*>(utCalloc(2, static_cast<std::size_t>(type->size_)));
   if (!type->ground_ && type->size_ > 0) qlRaise(msg::MemoryAllocErr);
   type->setDefaultGround(true);

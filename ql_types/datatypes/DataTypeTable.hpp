@@ -190,6 +190,8 @@ class DataTypeTable {
  private:
   void initialize();
   static void initializeBuiltInDataTypes();
+  /// Size, storage, test id and the five functions of a predefined row.
+  static void copyRowFields(DataType* type, const DataType& row);
   void initializeFixptDataTypeAtomicity(DataType* type, int bits);
   bool alreadyAliasedToDirectlyOrIndirectly(int start, int id) const;
   /// Steps 4 to 7 of every registration: append, ask the callback, replace a shadowed name.

@@ -397,29 +397,17 @@ const StructElement& RawElementAccess::located(int raw, int& typeId, int& base) 
   return *getStructType()->getElements()[static_cast<std::size_t>(elem)];
 }
 
-int RawElementAccess::getDataTypeId(int raw) const {
+int RawElementAccess::leafField(int raw, int (StructElement::*field)() const) const {
   int typeId, base;
   const StructElement& e = located(raw, typeId, base);
   if (const StructDataType* nested = structThrough(table_, typeId))
-    return RawElementAccess(table_, typeId).getDataTypeId((raw - base) % nested->getNumRawElements());
-  return e.getDataTypeId();
+    return RawElementAccess(table_, typeId).leafField((raw - base) % nested->getNumRawElements(), field);
+  return (e.*field)();
 }
 
-int RawElementAccess::getUnitId(int raw) const {
-  int typeId, base;
-  const StructElement& e = located(raw, typeId, base);
-  if (const StructDataType* nested = structThrough(table_, typeId))
-    return RawElementAccess(table_, typeId).getUnitId((raw - base) % nested->getNumRawElements());
-  return e.getUnitId();
-}
-
-int RawElementAccess::getSymbDimsId(int raw) const {
-  int typeId, base;
-  const StructElement& e = located(raw, typeId, base);
-  if (const StructDataType* nested = structThrough(table_, typeId))
-    return RawElementAccess(table_, typeId).getSymbDimsId((raw - base) % nested->getNumRawElements());
-  return e.getSymbDimsId();
-}
+int RawElementAccess::getDataTypeId(int raw) const { return leafField(raw, &StructElement::getDataTypeId); }
+int RawElementAccess::getUnitId(int raw) const { return leafField(raw, &StructElement::getUnitId); }
+int RawElementAccess::getSymbDimsId(int raw) const { return leafField(raw, &StructElement::getSymbDimsId); }
 
 int RawElementAccess::getOffset(int raw) const {
   int typeId, base;

@@ -187,6 +187,8 @@ class RawElementAccess {
   /// The direct element holding raw value raw, its type, and the raw index where it starts.
   void computeDataTypeIdAndIndex(int raw, int& elem, int& typeId, int& base) const;
   const StructElement& located(int raw, int& typeId, int& base) const;
+  /// A field of the leaf element holding raw value raw, found through nested structures.
+  int leafField(int raw, int (StructElement::*field)() const) const;
 
   const DataTypeTable* table_;
   int id_;
