@@ -159,7 +159,9 @@ const StructElement* DFSElementAccess::getStructElement(int idx) const {
   int elem, instance, typeId, base;
   computeDataTypeIdAndIndex(idx, elem, instance, typeId, base);
   const std::vector<StructElement*>& elements = s->getElements();
-  if (base < 0 && elem != -1) {  // array node
+  const bool arrayNode = base < 0 && elem != -1;
+  const bool leaf = idx != 0 && elem != -1 && isLeafType(typeId);
+  if (arrayNode || leaf) {  // the real element
     entry.element = elements[static_cast<std::size_t>(elem)];
   } else if (idx == 0) {  // the structure itself
     auto* root = new StructElement();
@@ -172,8 +174,6 @@ const StructElement* DFSElementAccess::getStructElement(int idx) const {
     root->setUnitId(0);
     entry.element = root;
     entry.owned = true;
-  } else if (elem != -1 && isLeafType(typeId)) {
-    entry.element = elements[static_cast<std::size_t>(elem)];
   } else if (idx == base && elem != -1) {  // node 0 of a nested instance
     const StructElement* nestedRoot = DFSElementAccess(table_, typeId).getStructElement(0);
     auto* made = new StructElement();
@@ -219,14 +219,8 @@ int DFSElementAccess::getOffset(int idx) const {
   computeDataTypeIdAndIndex(idx, elem, instance, typeId, base);
   const int instancePart = instance > 0 ? table_->getDataType(typeId)->getSize() * instance : 0;
   const int elementOffset = elem == -1 ? 0 : getStructType()->getElements()[static_cast<std::size_t>(elem)]->getOffset();
-  int offset;
-  if (base < 0)
-    offset = elementOffset + instancePart;
-  else if (!isLeafType(typeId))
-    offset = elementOffset + instancePart + DFSElementAccess(table_, typeId).getOffset(idx - base);
-  else
-    offset = elementOffset + instancePart;
-  // The nested call may have grown the cache; look the entry up again.
+  int offset = elementOffset + instancePart;
+  if (base >= 0 && !isLeafType(typeId)) offset += DFSElementAccess(table_, typeId).getOffset(idx - base);
   getStructType()->getCachedElement(idx).offset = offset;
   return offset;
 }
