@@ -55,7 +55,7 @@ TEST(StructElements, Defaults) {
   EXPECT_EQ(e.getMin(), -kInf);
   e.setName(nullptr);
   EXPECT_EQ(e.getName(), "");
-  e.setMin(std::nan(""));  // NaN counts as specified
+  e.setMin(std::nan(""));  // a NaN limit counts as given
   EXPECT_TRUE(e.getMinSpec());
   e.setMax(kInf);
   EXPECT_FALSE(e.getMaxSpec());
