@@ -22,10 +22,11 @@ namespace {
 constexpr unsigned kSimplifyLimit = 10;
 }
 
-SymbolicDimsTable::SymbolicDimsTable()
-    : errorQueue_(nullptr), exprTbl_(new QL::SymbolicExprTable), constraints_(nullptr) {
+SymbolicDimsTable::SymbolicDimsTable() : exprTbl_(new QL::SymbolicExprTable) {
   try {
-    initialize();
+    // The built-ins go through the virtual registration; here that is this table's own form, and after a
+    // reset it is the derived table's.
+    initialize();  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
     constraints_ = new SymbolicDimsConstraints(this);
   } catch (...) {
     delete exprTbl_;
@@ -46,6 +47,7 @@ void SymbolicDimsTable::initialize() {
 }
 
 void SymbolicDimsTable::resetToBuiltin() {
+  // Unlike the constructor, the new store is made before the built-ins; their ids come out the same.
   delete exprTbl_;
   exprTbl_ = nullptr;
   delete constraints_;
@@ -53,7 +55,6 @@ void SymbolicDimsTable::resetToBuiltin() {
   displayStrings_.clear();
   exprTbl_ = new QL::SymbolicExprTable;
   constraints_ = new SymbolicDimsConstraints(this);
-  // Through the virtual registration, as a derived table may see the built-ins arrive.
   initialize();
 }
 

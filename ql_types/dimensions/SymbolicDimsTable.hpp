@@ -155,10 +155,10 @@ class SymbolicDimsTable {
   void initialize();
   QL::SymbolicExpr const& getSymbolicExpr(unsigned int index) const;
 
-  qlsvDiagnosticImpl* errorQueue_;
-  QL::SymbolicExprTable* exprTbl_;           // owned (shared with copies)
-  SymbolicDimsConstraints* constraints_;     // owned (shared with copies)
-  std::vector<std::string> displayStrings_;  // one slot per entry, empty until asked for
+  qlsvDiagnosticImpl* errorQueue_ = nullptr;
+  QL::SymbolicExprTable* exprTbl_;                  // owned (shared with copies)
+  SymbolicDimsConstraints* constraints_ = nullptr;  // owned (shared with copies)
+  std::vector<std::string> displayStrings_;         // one slot per entry, empty until asked for
 };
 
 namespace SymbolicDimsServices::Const {

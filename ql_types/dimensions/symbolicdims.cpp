@@ -78,7 +78,7 @@ SymbolicDims SymbolicDims::operator%(SymbolicDims const& other) const {
 
 SymbolicDims SymbolicDims::operator-() const {
   QL::SymbolicExprTable& t = exprs();
-  // Kept unsimplified, unlike the two-operand forms: callers rely on seeing the negation as written.
+  // deliberate: unsimplified, unlike the two-operand forms; callers see the negation as it was written
   return SymbolicDims(table_, idOf(QL::SymbolicUnaryMinusExpr(t, t.get(idx(id_))).getId(t)));
 }
 
@@ -103,7 +103,7 @@ SymbolicDims SymbolicDims::getSize(unsigned int n) const {
 SymbolicDims SymbolicDims::getSize() const {
   unsigned count = getNumDimensions();
   if (count == 0) count = 1;
-  if (count == 1) return *this;  // as it is, unsimplified: a one-dimensional size keeps its own id
+  if (count == 1) return *this;  // deliberate: as it is, unsimplified; a one-dimensional size keeps its own id
   return getSize(count);
 }
 

@@ -91,6 +91,7 @@ void SymbolicDimsConstraintsImpl::addEqual(int a, int b, QLBlock const* block) {
   const bool xInt = intValue(x, xv);
   const bool yInt = intValue(y, yv);
   if (xInt && yInt) {
+    // Different integers are ordered, so the checks above refuse them first; this one stays in its place.
     if (xv != yv) qlRaise(qlmsg::dimensions::InvalidSymbolicDimensionNotEqual, xv, yv);
     return;
   }
@@ -185,7 +186,7 @@ void SymbolicDimsConstraintsImpl::addLessThanValue(int id, int value, QLBlock co
 void SymbolicDimsConstraintsImpl::addRange(int id, int min, int max, QLBlock const* block) {
   const int r = representative(id);
   SymbDimsRange range = storedRange(r);
-  // Only the stored bounds are checked: min above max on a fresh size is stored as it is.
+  // deliberate: only the stored bounds are checked, so min above max on a fresh size is stored as it comes
   if (max < range.min)
     qlRaise(qlmsg::dimensions::InconsistentSymbolicDimensionLessThan, str(r), text(std::int64_t{max} + 1),
             text(std::int64_t{range.min} - 1));
@@ -203,8 +204,8 @@ void SymbolicDimsConstraintsImpl::addRange(int id, int min, int max, QLBlock con
 SymbDimsRange SymbolicDimsConstraintsImpl::getRange(int id) const {
   const int size = sizeId(id);
   SymbDimsRange result = storedRange(representativeOfSize(size));
-  // Minimums are carried up from everything known smaller, as they are: a size above one of minimum 4 shows
-  // minimum 4, not 5, and maximums are not carried down. deliberate: code generation reads these bounds.
+  // deliberate: minimums are carried up from everything known smaller as they are (above a size of minimum 4
+  // the minimum shows as 4, not 5) and maximums are not carried down; code generation reads these bounds.
   std::vector<int> stack;
   std::unordered_set<int> seen;
   auto pushSmaller = [&](int from) {
@@ -255,9 +256,9 @@ bool SymbolicDimsConstraintsImpl::greaterSizes(int x, int y) const {
   if (xInt && yInt) return xv > yv;
   if (yInt) return getRange(x).min > yv;
   if (xInt) return getRange(y).max < xv;
-  // Depth first through the sizes told smaller, looked up by size id and not by representative, so a fact
-  // about one member of a class is not known to the others. Each size is asked once: its answer for y does
-  // not depend on the path that reached it.
+  // Depth first through the sizes told smaller. deliberate: looked up by size id, not by representative, so
+  // a fact about one member of a class is not known to the others. Each size is asked once, as its answer for
+  // y does not depend on the path that reached it; the relation has no cycles, which addGreaterThan ensures.
   std::vector<int> stack{x};
   std::unordered_set<int> seen{x};
   while (!stack.empty()) {
