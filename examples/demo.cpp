@@ -10,6 +10,8 @@
 
 using namespace QLTypeSys;
 
+void showSymbolicDimensions();  // DimensionsDemo.cpp
+
 namespace {
 
 void section(const char* title) { std::cout << "\n=== " << title << " ===\n"; }
@@ -247,5 +249,6 @@ int main() {
   showConversion();
   showNestedBus();
   showTypeOperations();
+  showSymbolicDimensions();
   return 0;
 }

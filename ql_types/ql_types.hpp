@@ -25,3 +25,16 @@
 #include "ql_types/platform/MessageKeys.hpp"
 #include "ql_types/platform/QlFeature.hpp"
 #include "ql_types/platform/Text.hpp"
+
+#include "ql_types/symbolic/SymbolicExpr.hpp"
+#include "ql_types/symbolic/SymbolicExprCopy.hpp"
+#include "ql_types/symbolic/SymbolicExprFactorDivision.hpp"
+#include "ql_types/symbolic/SymbolicExprParser.hpp"
+#include "ql_types/symbolic/SymbolicExprPrinter.hpp"
+#include "ql_types/symbolic/SymbolicExprSimplify.hpp"
+#include "ql_types/symbolic/SymbolicExprSymbols.hpp"
+#include "ql_types/symbolic/SymbolicExprTable.hpp"
+
+#include "ql_types/dimensions/SymbolicDimsConstraints.hpp"
+#include "ql_types/dimensions/SymbolicDimsTable.hpp"
+#include "ql_types/dimensions/symbolicdims.hpp"
