@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <type_traits>
 
@@ -69,13 +70,26 @@ inline F roundFloat(F x) {
   }
 }
 
+/// The residue of a whole r with |r| >= 2^63 modulo 2^W, in m to M. fmod is exact at any magnitude,
+/// and 2^W and every value of the word are exact in double, so q - 2^W cannot round. Such values are
+/// rare, so this stays out of line.
+template <int DstId>
+[[gnu::noinline]] typename Builtin<DstId>::element wrapHuge(double r) {
+  using Dst = Builtin<DstId>;
+  constexpr double kHigh = Dst::highest;
+  constexpr double kLow = Dst::lowest;
+  constexpr double kWord = static_cast<double>(std::uint64_t{1} << Dst::bits);
+  double q = std::fmod(r, kWord);  // takes the sign of r: q > M only for r > 0, q < m only for r < 0
+  if (q > kHigh) q -= kWord;
+  if (q < kLow) q += kWord;
+  return static_cast<typename Dst::element>(q);
+}
+
 /// Float to integer under wrap: NaN and infinities give 0, other values are rounded and reduced
-/// modulo 2^W. Instantiated once per source, rounding mode and destination, so the fmod path stays
-/// a function of its own beside the element loop.
+/// modulo 2^W. Instantiated once per source, rounding mode and destination.
 template <class F, fxpModeRounding_tag R, int DstId>
 typename Builtin<DstId>::element wrapFloatToInt(F x) {
-  using Dst = Builtin<DstId>;
-  using D = typename Dst::element;
+  using D = typename Builtin<DstId>::element;
   if (!std::isfinite(x)) return 0;
   double r;
   if constexpr (R == FXP_ROUND_NEAREST) {
@@ -83,19 +97,10 @@ typename Builtin<DstId>::element wrapFloatToInt(F x) {
   } else {
     r = roundFloat<R>(static_cast<double>(x));  // the other modes widen a single first
   }
-  // The reduction runs in double, where 2^W and every value of the word are exact, so fmod is exact
-  // at any magnitude and q +- 2^W cannot round.
-  constexpr double kHigh = Dst::highest;
-  constexpr double kLow = Dst::lowest;
-  constexpr double kWord = static_cast<double>(std::uint64_t{1} << Dst::bits);
-  if (r > kHigh) {
-    r = std::fmod(r, kWord);
-    if (r > kHigh) r -= kWord;
-  } else if (r < kLow) {
-    r = std::fmod(r, kWord);
-    if (r < kLow) r += kWord;
-  }
-  return static_cast<D>(r);
+  // Below 2^63 the whole r is exact in a 64-bit integer, and its low W bits are the residue modulo
+  // 2^W: the same value fmod gives, without a division. The narrowing cast keeps the low bits.
+  if (std::fabs(r) < 0x1p63) return static_cast<D>(static_cast<long long>(r));
+  return wrapHuge<DstId>(r);
 }
 
 /// Float to integer under saturate. The limits are compared with the unrounded value, deliberately
