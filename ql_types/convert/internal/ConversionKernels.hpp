@@ -125,9 +125,16 @@ inline typename Builtin<DstId>::element intToInt(typename Builtin<SrcId>::elemen
   using Dst = Builtin<DstId>;
   using D = typename Dst::element;
   if constexpr (O == FXP_OVERFLOW_SATURATE) {
-    const long long v = s;
-    if (v < static_cast<long long>(Dst::lowest)) return Dst::lowest;
-    if (v > static_cast<long long>(Dst::highest)) return Dst::highest;
+    // Only the limits the source's range reaches past are tested, each in the source's own type,
+    // which holds it; so the clamp vectorises at the source's width.
+    using Src = Builtin<SrcId>;
+    using S = typename Src::element;
+    if constexpr (static_cast<long long>(Src::lowest) < static_cast<long long>(Dst::lowest)) {
+      if (s < static_cast<S>(Dst::lowest)) return Dst::lowest;
+    }
+    if constexpr (static_cast<long long>(Src::highest) > static_cast<long long>(Dst::highest)) {
+      if (s > static_cast<S>(Dst::highest)) return Dst::highest;
+    }
   }
   // Narrowing keeps the low bits (modular in C++20, and GCC's and Clang's documented behaviour
   // before); widening sign- or zero-extends by the source's signedness.
