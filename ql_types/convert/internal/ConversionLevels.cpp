@@ -18,9 +18,12 @@ const RealLoopTable* tableOf(ConversionLevel level) {
   switch (level) {
     case ConversionLevel::Scalar:
       return &kScalarRealLoops;
-    default:
-      return nullptr;  // no loops of the level in this build
+    case ConversionLevel::Avx2:
+      return kAvx2RealLoops;
+    case ConversionLevel::Avx512:
+      return kAvx512RealLoops;
   }
+  return nullptr;
 }
 
 bool processorRuns(ConversionLevel level) {

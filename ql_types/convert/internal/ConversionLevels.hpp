@@ -71,8 +71,10 @@ struct RealLoopTableBuilder {
   static constexpr RealLoopTable make() { return make(std::make_index_sequence<kEntries>{}); }
 };
 
-/// The scalar level's table.
+/// The tables of each level; a level not compiled into this build has a null table.
 extern const RealLoopTable kScalarRealLoops;
+extern const RealLoopTable* const kAvx2RealLoops;
+extern const RealLoopTable* const kAvx512RealLoops;
 
 /// The table the kernels use; holds the scalar table until the library's load-time choice runs.
 extern std::atomic<const RealLoopTable*> gActiveRealLoops;
