@@ -1,5 +1,5 @@
-// The AVX2 level of the real-vector loops: blocks of eight doubles in two registers, lane masks as
-// vectors of all-ones or all-zeros. Run only on processors with AVX2.
+// The AVX2 level of the real-vector loops: blocks of eight doubles or sixteen singles in two
+// registers, lane masks as vectors of all-ones or all-zeros. Run only on processors with AVX2.
 #include "ql_types/convert/internal/ConversionLevels.hpp"
 
 #if QL_TYPES_X86_SIMD
@@ -20,7 +20,7 @@
 namespace QLTypeSys::detail {
 namespace {
 
-struct Ops {
+struct Doubles {
   struct Block {
     __m256d lo, hi;
   };
@@ -107,9 +107,10 @@ struct Ops {
     }
   }
 
-  // vcvttpd2dq is exact in [-2^31, 2^31) and gives 0x80000000 for everything else; a lane that really
-  // is -2^31 merely takes the exact path as well. A uint32 destination shifts the window to [0, 2^32).
-  // Narrower destinations keep the low bits of the int32, masked so that packing cannot saturate.
+  // vcvttpd2dq is exact in [-2^31, 2^31) and gives 0x80000000 for everything else, NaN and infinities
+  // included; a lane that really is -2^31 merely takes the exact path as well. A uint32 destination
+  // shifts the window to [0, 2^32). Narrower destinations keep the low bits of the int32, masked so
+  // that packing cannot saturate.
   template <class D>
   static bool storeLowBits(D* p, Block r) {
     __m128i a, b;
@@ -144,12 +145,117 @@ struct Ops {
     return true;
   }
 
+  template <class D>
+  static void storeReduced(D* p, Block r, double word, double hi) {
+    storeWhole(p, reduceModulo(r, word, hi));
+  }
+
   static Mask noChange() { return splat(0.0); }
   static Mask differs(Block a, Block b) {
     return {_mm256_cmp_pd(a.lo, b.lo, _CMP_NEQ_UQ), _mm256_cmp_pd(a.hi, b.hi, _CMP_NEQ_UQ)};
   }
   static Mask either(Mask a, Mask b) { return {_mm256_or_pd(a.lo, b.lo), _mm256_or_pd(a.hi, b.hi)}; }
   static bool anyChange(Mask m) { return _mm256_movemask_pd(_mm256_or_pd(m.lo, m.hi)) != 0; }
+};
+
+struct Singles {
+  struct Block {
+    __m256 lo, hi;
+  };
+  using Mask = Block;
+  static constexpr std::size_t kBlock = 16;
+
+  static Block load(const float* p) { return {_mm256_loadu_ps(p), _mm256_loadu_ps(p + 8)}; }
+  static Block splat(double v) {  // only exact values
+    return {_mm256_set1_ps(static_cast<float>(v)), _mm256_set1_ps(static_cast<float>(v))};
+  }
+  static Block sub(Block a, Block b) { return {_mm256_sub_ps(a.lo, b.lo), _mm256_sub_ps(a.hi, b.hi)}; }
+  template <int Mode>
+  static Block round(Block x) {
+    return {_mm256_round_ps(x.lo, Mode | _MM_FROUND_NO_EXC), _mm256_round_ps(x.hi, Mode | _MM_FROUND_NO_EXC)};
+  }
+  static Block trunc(Block x) { return round<_MM_FROUND_TO_ZERO>(x); }
+  static Block floor(Block x) { return round<_MM_FROUND_TO_NEG_INF>(x); }
+  static Block ceil(Block x) { return round<_MM_FROUND_TO_POS_INF>(x); }
+  static Mask atLeast(Block a, Block b) {
+    return {_mm256_cmp_ps(a.lo, b.lo, _CMP_GE_OQ), _mm256_cmp_ps(a.hi, b.hi, _CMP_GE_OQ)};
+  }
+  static Block addOneWhere(Block a, Mask m) {
+    const __m256 one = _mm256_set1_ps(1.0f);
+    return {_mm256_add_ps(a.lo, _mm256_and_ps(m.lo, one)), _mm256_add_ps(a.hi, _mm256_and_ps(m.hi, one))};
+  }
+
+  // vmaxps returns its second operand when either is NaN.
+  static __m256 clamp(__m256 v, double lo, double hi) {
+    return _mm256_min_ps(_mm256_max_ps(v, _mm256_set1_ps(static_cast<float>(lo))),
+                         _mm256_set1_ps(static_cast<float>(hi)));
+  }
+  static __m256 withoutNan(__m256 v) { return _mm256_and_ps(v, _mm256_cmp_ps(v, v, _CMP_ORD_Q)); }
+  static Block clampToRange(Block r, double lo, double hi) { return {clamp(r.lo, lo, hi), clamp(r.hi, lo, hi)}; }
+  static Block saturateToRange(Block r, double lo, double hi) {
+    return {clamp(withoutNan(r.lo), lo, hi), clamp(withoutNan(r.hi), lo, hi)};
+  }
+
+  // Sixteen values in D's range (8- and 16-bit destinations only), as two vectors of eight int32.
+  // Packing works within 128-bit halves, so the 64-bit quarters are put back in order before the
+  // last step; it saturates, which changes nothing for values already in range.
+  template <class D>
+  static void storeInt32s(D* p, __m256i a, __m256i b) {
+    static_assert(sizeof(D) <= 2);
+    constexpr bool kUnsigned = std::is_unsigned_v<D>;
+    const __m256i words = _mm256_permute4x64_epi64(
+        kUnsigned && sizeof(D) == 2 ? _mm256_packus_epi32(a, b) : _mm256_packs_epi32(a, b), 0xD8);
+    if constexpr (sizeof(D) == 2) {
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), words);
+    } else {
+      const __m128i low = _mm256_castsi256_si128(words), high = _mm256_extracti128_si256(words, 1);
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(p),
+                       kUnsigned ? _mm_packus_epi16(low, high) : _mm_packs_epi16(low, high));
+    }
+  }
+
+  template <class D>
+  static void storeWhole(D* p, Block c) {
+    storeInt32s(p, _mm256_cvttps_epi32(c.lo), _mm256_cvttps_epi32(c.hi));
+  }
+
+  // vcvttps2dq is exact below 2^31 in magnitude and gives 0x80000000 for everything else. The low
+  // bits are masked so that packing cannot saturate.
+  template <class D>
+  static bool storeLowBits(D* p, Block r) {
+    __m256i a = _mm256_cvttps_epi32(r.lo), b = _mm256_cvttps_epi32(r.hi);
+    const __m256i indefinite = _mm256_set1_epi32(INT32_MIN);
+    const __m256i beyond = _mm256_or_si256(_mm256_cmpeq_epi32(a, indefinite), _mm256_cmpeq_epi32(b, indefinite));
+    if (_mm256_movemask_epi8(beyond) != 0) return false;
+    const __m256i lowBits = _mm256_set1_epi32(sizeof(D) == 2 ? 0xFFFF : 0xFF);
+    a = _mm256_and_si256(a, lowBits);
+    b = _mm256_and_si256(b, lowBits);
+    const __m256i words = _mm256_permute4x64_epi64(_mm256_packus_epi32(a, b), 0xD8);
+    if constexpr (sizeof(D) == 2) {
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), words);
+    } else {
+      const __m128i low = _mm256_castsi256_si128(words), high = _mm256_extracti128_si256(words, 1);
+      _mm_storeu_si128(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(low, high));
+    }
+    return true;
+  }
+
+  // Widened exactly, in two blocks of doubles.
+  static Doubles::Block widen(__m256 v) {
+    return {_mm256_cvtps_pd(_mm256_castps256_ps128(v)), _mm256_cvtps_pd(_mm256_extractf128_ps(v, 1))};
+  }
+  template <class D>
+  static void storeReduced(D* p, Block r, double word, double hi) {
+    Doubles::storeReduced(p, widen(r.lo), word, hi);
+    Doubles::storeReduced(p + 8, widen(r.hi), word, hi);
+  }
+
+  static Mask noChange() { return splat(0.0); }
+  static Mask differs(Block a, Block b) {
+    return {_mm256_cmp_ps(a.lo, b.lo, _CMP_NEQ_UQ), _mm256_cmp_ps(a.hi, b.hi, _CMP_NEQ_UQ)};
+  }
+  static Mask either(Mask a, Mask b) { return {_mm256_or_ps(a.lo, b.lo), _mm256_or_ps(a.hi, b.hi)}; }
+  static bool anyChange(Mask m) { return _mm256_movemask_ps(_mm256_or_ps(m.lo, m.hi)) != 0; }
 };
 
 #include "ql_types/convert/internal/SimdRealLoops.inc"
