@@ -2,11 +2,11 @@
 // real-vector loops this processor runs (scalar, AVX2, AVX-512; the others are skipped): all 81
 // pairs, every overflow and rounding value a caller may pass (0..1, 0..4), the four complex shapes,
 // with and without the pass. Sources: the whole pool in one vector; each value alone; each value at
-// every position of a vector of zeros (so each lane and the tail alone decide the pass) or of NaNs
-// (which send wrap down its rare path); and lengths 0..19 (around the blocks of eight and the
-// unrolled loop) with broadcast sources. Each call checks every element written, the result, and
-// guard bytes after the destination. Source buffers are exactly as long as a kernel may read, so the
-// sanitizer build catches overreads.
+// every position of a vector of zeros (so each lane and the tail alone decide the pass) or of huge
+// values or NaNs (which send wrap down its rare path); and lengths 0..19 (around the blocks of eight
+// and the unrolled loop) with broadcast sources. Each call checks every element written, the result,
+// and guard bytes after the destination. Source buffers are exactly as long as a kernel may read, so
+// the sanitizer build catches overreads.
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -114,6 +114,16 @@ std::string runAndCompare(const Call& c, const std::vector<long double>& pool, S
   return call.str() + failure.str();
 }
 
+/// Values beyond the reach of the SIMD loops' integer conversions (2^31 for single lanes and for AVX2,
+/// 2^63 for AVX-512's double lanes): finite ones, with residues that are not zero where the source
+/// type allows, and NaN. None for integer sources.
+std::vector<long double> rarePathFillers(int src) {
+  if (src == kDouble) return {-(0x1p63L + 3 * 0x1p12L), std::numeric_limits<long double>::quiet_NaN()};
+  if (src == kSingle)
+    return {0x1p31L + 3 * 0x1p8L, -(0x1p64L + 0x1p41L), std::numeric_limits<long double>::quiet_NaN()};
+  return {};
+}
+
 const char* const kLevelNames[QLTypeSys::detail::kConversionLevelCount] = {"scalar", "avx2", "avx512"};
 
 /// Parameters: the level of real-vector loops, and srcId x 9 + dstId.
@@ -140,16 +150,17 @@ TEST_P(KernelDifferential, MatchesTheReferenceForEveryModeShapeAndLength) {
           calls.insert(calls.end(), {{c, {0}}, {c, {1}}});  // the whole pool, paired two ways when complex
           c.srcLength = c.dstLength = 1;
           for (std::size_t k = 0; k < pool.size(); ++k) calls.push_back({c, {k}});  // each value decides the pass
-          c.srcLength = c.dstLength = 19;                                           // two blocks of eight and a tail
+          // Two blocks of sixteen singles, or four of eight doubles, and a tail.
+          c.srcLength = c.dstLength = 35;
           if (shape == 0 && check) {
             // Each value at one position among zeros, which every kernel keeps: only it can fail the pass.
-            for (std::size_t k = 0; k < pool.size(); ++k) calls.push_back({c, {k, k % 19}});
+            for (std::size_t k = 0; k < pool.size(); ++k) calls.push_back({c, {k, k % 35}});
           }
-          if (shape == 0 && !check && kTypes[src].isFloat) {
-            constexpr long double kNan = std::numeric_limits<long double>::quiet_NaN();
-            // Each value at one position among NaNs, which send a block of a wrap kernel down its rare
-            // path (exact reduction in floating point) with the value.
-            for (std::size_t k = 0; k < pool.size(); ++k) calls.push_back({c, {k, k % 19, kNan}});
+          if (shape == 0 && !check) {
+            // Each value at one position among values that send every block of a wrap kernel down its
+            // rare path (exact reduction in floating point).
+            for (long double filler : rarePathFillers(src))
+              for (std::size_t k = 0; k < pool.size(); ++k) calls.push_back({c, {k, k % 35, filler}});
           }
           for (unsigned dstLength = 0; dstLength <= 19; ++dstLength)
             for (unsigned srcLength : {0u, 1u, dstLength, dstLength + 3})
