@@ -1,9 +1,9 @@
 // The conversion matrix: which kernels each pair of built-in types has, and the two entry points.
 //
-// The matrix below is the one description of the family. Each cell says how many kernels the pair
-// has (R: one per rounding and overflow mode, O: one per overflow mode, S: a single one) and
-// whether they have a back-comparison pass (c). The rows of kernels and both mode tables are
-// instantiated from it at compile time.
+// The matrix of ConversionMatrix.hpp is the one description of the family. Each cell says how many
+// kernels the pair has (R: one per rounding and overflow mode, O: one per overflow mode, S: a single
+// one) and whether they have a back-comparison pass (c). The rows of kernels and both mode tables
+// are instantiated from it at compile time.
 #include "ql_types/convert/BuiltinConversion.hpp"
 
 #include <array>
@@ -12,39 +12,10 @@
 
 #include "ql_types/convert/internal/BuiltinTypes.hpp"
 #include "ql_types/convert/internal/ConversionKernels.hpp"
+#include "ql_types/convert/internal/ConversionMatrix.hpp"
 
 namespace QLTypeSys::detail {
 namespace {
-
-enum CellKind : unsigned char { S, Sc, Oc, Rc };
-
-// clang-format off
-constexpr CellKind kMatrix[kBuiltinCount * kBuiltinCount] = {
-  // source \ destination: double  single  int8  uint8  int16  uint16  int32  uint32  boolean
-  /* double  */            S,      Sc,     Rc,   Rc,    Rc,    Rc,     Rc,    Rc,     Sc,
-  /* single  */            S,      S,      Rc,   Rc,    Rc,    Rc,     Rc,    Rc,     Sc,
-  /* int8    */            S,      S,      S,    Oc,    S,     Oc,     S,     Oc,     Sc,
-  /* uint8   */            S,      S,      Oc,   S,     S,     S,      S,     S,      Sc,
-  /* int16   */            S,      S,      Oc,   Oc,    S,     Oc,     S,     Oc,     Sc,
-  /* uint16  */            S,      S,      Oc,   Oc,    Oc,    S,      S,     S,      Sc,
-  /* int32   */            S,      Sc,     Oc,   Oc,    Oc,    Oc,     S,     Oc,     Sc,
-  /* uint32  */            S,      Sc,     Oc,   Oc,    Oc,    Oc,     Oc,    S,      Sc,
-  /* boolean */            S,      S,      S,    S,     S,     S,      S,     S,      S,
-};
-// clang-format on
-
-struct KernelTypes {
-  int src;
-  int dst;
-};
-
-/// The types whose kernel a cell runs. The boolean row reuses the uint8 kernels, its boolean cell
-/// being the uint8 copy; only boolean to int8 and to uint8 have byte copies of their own. None of
-/// them normalises, deliberately: a boolean byte of 2 stays 2, or becomes 2.0.
-constexpr KernelTypes kernelTypesOf(int src, int dst) {
-  if (src != kBoolean || dst == kInt8 || dst == kUint8) return {src, dst};
-  return {kUint8, dst == kBoolean ? kUint8 : dst};
-}
 
 constexpr auto W = FXP_OVERFLOW_WRAP;
 constexpr auto Sat = FXP_OVERFLOW_SATURATE;

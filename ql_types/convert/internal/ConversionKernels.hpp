@@ -1,19 +1,23 @@
 // The conversion kernel, written once as a template over the source and destination ids, the
 // overflow and rounding modes and whether it has a back-comparison pass. BuiltinConversion.cpp
-// instantiates it into the matrix; nothing else should include this header, which keeps the
-// template out of every other translation unit.
+// instantiates it into the matrix, and the real-vector loops of each instruction set
+// (ConversionLevels.hpp) reuse its element conversions; nothing else should include this header.
 //
 // The modes are template arguments, so an instantiated kernel has no branch on them, and the shape
-// of the vectors (real or complex on either side) is chosen once, before the element loop.
+// of the vectors (real or complex on either side) is chosen once, before the element loop. The
+// back-comparison runs in the conversion loop itself, on the value just converted, so a vector is
+// read once; it still never stops the conversion early.
 #pragma once
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <type_traits>
 
 #include "ql_types/convert/BuiltinConversion.hpp"
 #include "ql_types/convert/internal/BuiltinTypes.hpp"
+#include "ql_types/convert/internal/ConversionLevels.hpp"
 #include "ql_types/fixpt/fxpModes.hpp"
 
 namespace QLTypeSys::detail {
@@ -69,13 +73,26 @@ inline F roundFloat(F x) {
   }
 }
 
+/// The residue of a whole r with |r| >= 2^63 modulo 2^W, in m to M. fmod is exact at any magnitude,
+/// and 2^W and every value of the word are exact in double, so q - 2^W cannot round. Such values are
+/// rare, so this stays out of line.
+template <int DstId>
+[[gnu::noinline]] typename Builtin<DstId>::element wrapHuge(double r) {
+  using Dst = Builtin<DstId>;
+  constexpr double kHigh = Dst::highest;
+  constexpr double kLow = Dst::lowest;
+  constexpr double kWord = static_cast<double>(std::uint64_t{1} << Dst::bits);
+  double q = std::fmod(r, kWord);  // takes the sign of r: q > M only for r > 0, q < m only for r < 0
+  if (q > kHigh) q -= kWord;
+  if (q < kLow) q += kWord;
+  return static_cast<typename Dst::element>(q);
+}
+
 /// Float to integer under wrap: NaN and infinities give 0, other values are rounded and reduced
-/// modulo 2^W. Instantiated once per source, rounding mode and destination, so the fmod path stays
-/// a function of its own beside the element loop.
+/// modulo 2^W. Instantiated once per source, rounding mode and destination.
 template <class F, fxpModeRounding_tag R, int DstId>
 typename Builtin<DstId>::element wrapFloatToInt(F x) {
-  using Dst = Builtin<DstId>;
-  using D = typename Dst::element;
+  using D = typename Builtin<DstId>::element;
   if (!std::isfinite(x)) return 0;
   double r;
   if constexpr (R == FXP_ROUND_NEAREST) {
@@ -83,19 +100,10 @@ typename Builtin<DstId>::element wrapFloatToInt(F x) {
   } else {
     r = roundFloat<R>(static_cast<double>(x));  // the other modes widen a single first
   }
-  // The reduction runs in double, where 2^W and every value of the word are exact, so fmod is exact
-  // at any magnitude and q +- 2^W cannot round.
-  constexpr double kHigh = Dst::highest;
-  constexpr double kLow = Dst::lowest;
-  constexpr double kWord = static_cast<double>(std::uint64_t{1} << Dst::bits);
-  if (r > kHigh) {
-    r = std::fmod(r, kWord);
-    if (r > kHigh) r -= kWord;
-  } else if (r < kLow) {
-    r = std::fmod(r, kWord);
-    if (r < kLow) r += kWord;
-  }
-  return static_cast<D>(r);
+  // Below 2^63 the whole r is exact in a 64-bit integer, and its low W bits are the residue modulo
+  // 2^W: the same value fmod gives, without a division. The narrowing cast keeps the low bits.
+  if (std::fabs(r) < 0x1p63) return static_cast<D>(static_cast<long long>(r));
+  return wrapHuge<DstId>(r);
 }
 
 /// Float to integer under saturate. The limits are compared with the unrounded value, deliberately
@@ -120,9 +128,16 @@ inline typename Builtin<DstId>::element intToInt(typename Builtin<SrcId>::elemen
   using Dst = Builtin<DstId>;
   using D = typename Dst::element;
   if constexpr (O == FXP_OVERFLOW_SATURATE) {
-    const long long v = s;
-    if (v < static_cast<long long>(Dst::lowest)) return Dst::lowest;
-    if (v > static_cast<long long>(Dst::highest)) return Dst::highest;
+    // Only the limits the source's range reaches past are tested, each in the source's own type,
+    // which holds it; so the clamp vectorises at the source's width.
+    using Src = Builtin<SrcId>;
+    using S = typename Src::element;
+    if constexpr (static_cast<long long>(Src::lowest) < static_cast<long long>(Dst::lowest)) {
+      if (s < static_cast<S>(Dst::lowest)) return Dst::lowest;
+    }
+    if constexpr (static_cast<long long>(Src::highest) > static_cast<long long>(Dst::highest)) {
+      if (s > static_cast<S>(Dst::highest)) return Dst::highest;
+    }
   }
   // Narrowing keeps the low bits (modular in C++20, and GCC's and Clang's documented behaviour
   // before); widening sign- or zero-extends by the source's signedness.
@@ -189,62 +204,76 @@ inline void forEachElement(std::size_t n, Body&& body) {
   for (; i < n; ++i) body(i);
 }
 
-template <int SrcId, int DstId, fxpModeOverflow_tag O, fxpModeRounding_tag R, Shape Sh>
-inline void convertVector(const typename Builtin<SrcId>::element* src, typename Builtin<DstId>::element* dst,
-                          std::size_t n, std::size_t step) {
-  using D = typename Builtin<DstId>::element;
-  constexpr bool kToBoolean = DstId == kBoolean;
-  forEachElement<Builtin<DstId>::isFloat>(n, [=](std::size_t i) {
-    const auto* s = src + i * step;
-    if constexpr (kToBoolean && Sh == Shape::ComplexToReal) {
-      dst[i] = s[0] != 0 || s[1] != 0;
-    } else if constexpr (kToBoolean) {
-      dst[i] = s[0] != 0;  // NaN is not equal to zero and gives 1
-    } else if constexpr (Sh == Shape::RealToReal || Sh == Shape::ComplexToReal) {
-      dst[i] = convertElement<SrcId, DstId, O, R>(s[0]);
-    } else if constexpr (Sh == Shape::ComplexToComplex) {
-      dst[2 * i] = convertElement<SrcId, DstId, O, R>(s[0]);
-      dst[2 * i + 1] = convertElement<SrcId, DstId, O, R>(s[1]);
-    } else {
-      dst[2 * i] = convertElement<SrcId, DstId, O, R>(s[0]);
-      dst[2 * i + 1] = D(0);
-    }
-  });
+/// One element, real or one part of a complex value; to boolean, "not equal to zero".
+template <int SrcId, int DstId, fxpModeOverflow_tag O, fxpModeRounding_tag R>
+inline typename Builtin<DstId>::element convertPart(typename Builtin<SrcId>::element s) {
+  if constexpr (DstId == kBoolean) {
+    return s != 0;  // NaN is not equal to zero and gives 1
+  } else {
+    return convertElement<SrcId, DstId, O, R>(s);
+  }
 }
 
-/// Whether every written element equals its source, stopping at the first that doesn't.
-template <int SrcId, int DstId, Shape Sh>
-inline bool backCompare(const typename Builtin<SrcId>::element* src, const typename Builtin<DstId>::element* dst,
-                        std::size_t n, std::size_t step) {
+/// Converts n contiguous real elements, with the back-comparison folded in when Check is set: the
+/// result is false iff some element did not survive exactly, and every element is still written.
+/// Always inlined, so that each instruction set's copy of the loop is vectorised for that set.
+template <int SrcId, int DstId, fxpModeOverflow_tag O, fxpModeRounding_tag R, bool Check>
+[[gnu::always_inline]] inline bool convertReal(const typename Builtin<SrcId>::element* src,
+                                               typename Builtin<DstId>::element* dst, std::size_t n) {
+  // An int accumulator, not a bool, so that the loop vectorises as a plain reduction.
+  unsigned changed = 0;
   for (std::size_t i = 0; i < n; ++i) {
+    const auto d = convertPart<SrcId, DstId, O, R>(src[i]);
+    dst[i] = d;
+    if constexpr (Check) changed |= !sameValue<SrcId, DstId>(src[i], d);
+  }
+  return changed == 0;
+}
+
+/// The scalar level's loop, an entry of kScalarRealLoops.
+template <int SrcId, int DstId, fxpModeOverflow_tag O, fxpModeRounding_tag R, bool Check>
+struct ScalarRealLoop {
+  static bool run(const void* src, void* dst, std::size_t n) {
+    return convertReal<SrcId, DstId, O, R, Check>(static_cast<const typename Builtin<SrcId>::element*>(src),
+                                                  static_cast<typename Builtin<DstId>::element*>(dst), n);
+  }
+};
+
+/// Broadcast sources and complex shapes, which every level runs alike. Returns whether all elements
+/// survived exactly when check is set, otherwise true.
+template <int SrcId, int DstId, fxpModeOverflow_tag O, fxpModeRounding_tag R, Shape Sh>
+bool convertShape(const void* source, void* destination, std::size_t n, std::size_t step, bool check) {
+  using D = typename Builtin<DstId>::element;
+  const auto* src = static_cast<const typename Builtin<SrcId>::element*>(source);
+  auto* dst = static_cast<D*>(destination);
+  constexpr bool kToBoolean = DstId == kBoolean;
+  bool same = true;
+  forEachElement<Builtin<DstId>::isFloat>(n, [&](std::size_t i) {
     const auto* s = src + i * step;
-    bool same;
     if constexpr (Sh == Shape::RealToReal) {
-      same = sameValue<SrcId, DstId>(s[0], dst[i]);
-    } else if constexpr (Sh == Shape::ComplexToComplex) {
-      same = sameValue<SrcId, DstId>(s[0], dst[2 * i]) && sameValue<SrcId, DstId>(s[1], dst[2 * i + 1]);
+      const D d = convertPart<SrcId, DstId, O, R>(s[0]);
+      dst[i] = d;
+      if (check) same = same && sameValue<SrcId, DstId>(s[0], d);
     } else if constexpr (Sh == Shape::ComplexToReal) {
       // The dropped imaginary part must have been zero. For boolean the byte 0 or 1 meets the real
       // part, so a source of 2 deliberately fails although it converted correctly.
-      same = sameValue<SrcId, DstId>(s[0], dst[i]) && s[1] == 0;
+      const D d = kToBoolean ? D(s[0] != 0 || s[1] != 0) : convertPart<SrcId, DstId, O, R>(s[0]);
+      dst[i] = d;
+      if (check) same = same && sameValue<SrcId, DstId>(s[0], d) && s[1] == 0;
+    } else if constexpr (Sh == Shape::ComplexToComplex) {
+      const D re = convertElement<SrcId, DstId, O, R>(s[0]);
+      const D im = convertElement<SrcId, DstId, O, R>(s[1]);
+      dst[2 * i] = re;
+      dst[2 * i + 1] = im;
+      if (check) same = same && sameValue<SrcId, DstId>(s[0], re) && sameValue<SrcId, DstId>(s[1], im);
     } else {
-      same = sameValue<SrcId, DstId>(s[0], dst[2 * i]);
+      const D re = convertElement<SrcId, DstId, O, R>(s[0]);
+      dst[2 * i] = re;
+      dst[2 * i + 1] = D(0);
+      if (check) same = same && sameValue<SrcId, DstId>(s[0], re);
     }
-    if (!same) return false;
-  }
-  return true;
-}
-
-template <int SrcId, int DstId, fxpModeOverflow_tag O, fxpModeRounding_tag R, bool Pass, Shape Sh>
-bool runShape(const void* src, void* dst, std::size_t n, std::size_t step, bool checkLossless) {
-  const auto* s = static_cast<const typename Builtin<SrcId>::element*>(src);
-  auto* d = static_cast<typename Builtin<DstId>::element*>(dst);
-  convertVector<SrcId, DstId, O, R, Sh>(s, d, n, step);
-  if constexpr (Pass) {
-    // Conversion has finished, so a false result still leaves all of dst written.
-    if (checkLossless) return backCompare<SrcId, DstId, Sh>(s, d, n, step);
-  }
-  return true;
+  });
+  return same;
 }
 
 /// The kernel. Its signature is builtinConvFcn; the ids and modes passed at run time are unused.
@@ -253,20 +282,25 @@ bool convKernel(void const* src, void* dst, unsigned int srcLength, unsigned int
                 bool dstComplex, bool checkLossless, int /*srcId*/, int /*dstId*/, fxpModeOverflow_tag /*overflow*/,
                 fxpModeRounding_tag /*rounding*/) {
   const std::size_t n = dstLength;
+  const bool check = Pass && checkLossless;
   if constexpr (DstId == kBoolean) {
     // Deliberate: kernels to boolean broadcast only a source of exactly one element, so an empty
     // source steps forward. The destination is never complex: one byte per element.
-    const std::size_t step = srcLength == 1 ? 0 : srcComplex ? 2 : 1;
-    return srcComplex ? runShape<SrcId, DstId, O, R, Pass, Shape::ComplexToReal>(src, dst, n, step, checkLossless)
-                      : runShape<SrcId, DstId, O, R, Pass, Shape::RealToReal>(src, dst, n, step, checkLossless);
+    if (srcComplex) {
+      const std::size_t step = srcLength == 1 ? 0 : 2;
+      return convertShape<SrcId, DstId, O, R, Shape::ComplexToReal>(src, dst, n, step, check);
+    }
+    if (srcLength != 1) return activeRealLoops().loops[SrcId * kBuiltinCount + DstId][O + 2 * R][check](src, dst, n);
+    return convertShape<SrcId, DstId, O, R, Shape::RealToReal>(src, dst, n, 0, check);
   } else {
     const std::size_t step = srcLength <= 1 ? 0 : srcComplex ? 2 : 1;
     if (srcComplex) {
-      return dstComplex ? runShape<SrcId, DstId, O, R, Pass, Shape::ComplexToComplex>(src, dst, n, step, checkLossless)
-                        : runShape<SrcId, DstId, O, R, Pass, Shape::ComplexToReal>(src, dst, n, step, checkLossless);
+      return dstComplex ? convertShape<SrcId, DstId, O, R, Shape::ComplexToComplex>(src, dst, n, step, check)
+                        : convertShape<SrcId, DstId, O, R, Shape::ComplexToReal>(src, dst, n, step, check);
     }
-    return dstComplex ? runShape<SrcId, DstId, O, R, Pass, Shape::RealToComplex>(src, dst, n, step, checkLossless)
-                      : runShape<SrcId, DstId, O, R, Pass, Shape::RealToReal>(src, dst, n, step, checkLossless);
+    if (dstComplex) return convertShape<SrcId, DstId, O, R, Shape::RealToComplex>(src, dst, n, step, check);
+    if (step != 0) return activeRealLoops().loops[SrcId * kBuiltinCount + DstId][O + 2 * R][check](src, dst, n);
+    return convertShape<SrcId, DstId, O, R, Shape::RealToReal>(src, dst, n, 0, check);
   }
 }
 
