@@ -8,7 +8,8 @@ function(ql_types_target_defaults target)
   target_compile_options(${target} PRIVATE ${QL_TYPES_WARNINGS})
   if(QL_TYPES_SANITIZE)
     target_compile_options(${target} PRIVATE ${QL_TYPES_SANITIZER_FLAGS})
-    target_link_options(${target} PUBLIC -fsanitize=address,undefined)
+    # Private: the sanitizers belong to this build, never to the exported targets or their clients.
+    target_link_options(${target} PRIVATE -fsanitize=address,undefined)
   endif()
 endfunction()
 

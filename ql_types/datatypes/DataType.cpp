@@ -32,13 +32,15 @@ void DataType::setSize(int n) {
   const int old = size_;
   if (old != -1 && old != n && getId() != 8) qlRaise(msg::CannotModifyDataTypeSize, name_, old);
   if (n <= 0) qlRaise(msg::InvalidDataTypeSize, name_, n);
-  size_ = n;
   if (old == -1 || old != n) {
+    // The new ground comes first, so that running out of memory leaves size and ground as they were.
+    auto* ground = static_cast<unsigned char*>(utCalloc(2, static_cast<std::size_t>(n)));
+    if (!ground) qlRaise(msg::MemoryAllocErr);
     // Only boolean gets here with a ground already there.
     utFree(ground_);
-    ground_ = static_cast<unsigned char*>(utCalloc(2, static_cast<std::size_t>(n)));
-    if (!ground_) qlRaise(msg::MemoryAllocErr);
+    ground_ = ground;
   }
+  size_ = n;
   // Kept on purpose: repeating the size marks the ground default again and reopens setGround.
   setDefaultGround(true);
   setIsAliasToLocked(true);
@@ -244,8 +246,7 @@ bool DataType::isDataTypeSignedFixptDT(const char* name, int id) {
 }
 
 BuiltInDataType::BuiltInDataType() : BuiltInDataType(-10, "", DataTypeSourceBuiltIn) {}
-BuiltInDataType::BuiltInDataType(int id, const std::string& name, DataTypeSource source)
-    : DataType(id, name, source) {
+BuiltInDataType::BuiltInDataType(int id, const std::string& name, DataTypeSource source) : DataType(id, name, source) {
   qualifier_ = DataTypeQualifierBuiltIn;
 }
 BuiltInDataType::~BuiltInDataType() = default;

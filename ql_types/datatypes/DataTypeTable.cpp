@@ -10,6 +10,7 @@
 
 #include "ql_types/datatypes/StructDataType.hpp"
 #include "ql_types/datatypes/internal/BuiltinValueFunctions.hpp"
+#include "ql_types/datatypes/internal/NameIndex.hpp"
 #include "ql_types/platform/Memory.hpp"
 #include "ql_types/platform/Text.hpp"
 
@@ -97,6 +98,19 @@ const DataType& DataTypeTable::builtInRow(int id) {
   initializeBuiltInDataTypes();
   return id <= 8 ? rows().builtIn[id + 1] : rows().internal[id - 9];
 }
+
+DataTypeNameIndexHandle::DataTypeNameIndexHandle() : index_(std::make_unique<internal::NameIndex>()) {}
+DataTypeNameIndexHandle::DataTypeNameIndexHandle(const DataTypeNameIndexHandle& other)
+    : index_(std::make_unique<internal::NameIndex>(*other.index_)) {}
+DataTypeNameIndexHandle& DataTypeNameIndexHandle::operator=(const DataTypeNameIndexHandle& other) {
+  if (this != &other) *index_ = *other.index_;
+  return *this;
+}
+DataTypeNameIndexHandle::~DataTypeNameIndexHandle() = default;
+
+void DataTypeTable::indexInsert(std::size_t position) { nameIndex_->insert(types_, position); }
+void DataTypeTable::indexErase(std::size_t position) { nameIndex_->erase(types_, position); }
+void DataTypeTable::rebuildNameIndex() { nameIndex_->rebuild(types_); }
 
 DataTypeTable::DataTypeTable() {
   access_ = static_cast<_qlDataTypeAccess_tag*>(utCalloc(1, sizeof(_qlDataTypeAccess_tag)));
@@ -276,14 +290,14 @@ qlsvDiagnostic DataTypeTable::RegisterDataType(DataTypeTable* table, const char*
   } catch (const fl::except::IException& e) {
     qlsvDiagnostic diag = qlsvCreateDiagnosticFromIException(e, true);
     if (blockPath && *blockPath)
-      diag = qlsvConcatenateDiagnostics(std::move(diag), qlMakeDiagnostic(msg::DataTypeErrorFromBlock, blockPath),
-                                        true);
+      diag =
+          qlsvConcatenateDiagnostics(std::move(diag), qlMakeDiagnostic(msg::DataTypeErrorFromBlock, blockPath), true);
     return diag;
   }
 }
 
 DataType* DataTypeTable::getDataType(const char* name) {
-  const std::size_t position = nameIndex_.find(types_, name ? name : "");
+  const std::size_t position = nameIndex_->find(types_, name ? name : "");
   return position == internal::NameIndex::npos ? nullptr : types_[position];
 }
 
@@ -317,7 +331,9 @@ int DataTypeTable::getBuiltInDataTypeSize(int id) {
 
 const fxpDataTypeProp* DataTypeTable::getBuiltinDataTypeProperties(int id) { return &kBuiltInProperties[id]; }
 
-const char* DataTypeTable::getNameOfBuiltInDataType(int id) { return id >= 0 && id <= 8 ? kBuiltIns[id].name : nullptr; }
+const char* DataTypeTable::getNameOfBuiltInDataType(int id) {
+  return id >= 0 && id <= 8 ? kBuiltIns[id].name : nullptr;
+}
 
 int DataTypeTable::getBuiltInDataType(const char* name) {
   if (!name) return -10;
