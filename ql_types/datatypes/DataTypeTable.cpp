@@ -2,6 +2,7 @@
 #include "ql_types/datatypes/DataTypeTable.hpp"
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -358,7 +359,13 @@ bool DataTypeTable::isInstrinsicFixptName(const char* name, int* bits) {
                       (std::strncmp(name, "flt", 3) == 0 && (name[3] == 's' || name[3] == 'u'));
   if (!prefix || !(name[4] >= '0' && name[4] <= '9')) return false;
   if (std::strstr(name + 4, "sfcn") || std::strstr(name + 4, "_OBS")) return false;
-  if (bits) *bits = std::atoi(name + 4);
+  // The width is read as atoi would, but checked: a width past the int range makes no intrinsic name.
+  long long width = 0;
+  for (const char* p = name + 4; *p >= '0' && *p <= '9'; ++p) {
+    width = width * 10 + (*p - '0');
+    if (width > INT_MAX) return false;
+  }
+  if (bits) *bits = static_cast<int>(width);
   return true;
 }
 

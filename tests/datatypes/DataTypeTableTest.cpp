@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <boost/make_shared.hpp>
+#include <climits>
 #include <cstring>
 #include <sstream>
 #include <stdexcept>
@@ -135,13 +136,14 @@ TEST_P(IntrinsicFixptNames, Recognised) {
   EXPECT_EQ(table.IsFixptDataType(t->getId()), c.intrinsic);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, IntrinsicFixptNames,
-                         testing::Values(FixptName{"sfix16_En3", true, 16}, FixptName{"fltu32", true, 32},
-                                         FixptName{"sfix16", true, 16}, FixptName{"flts16", true, 16},
-                                         FixptName{"ufix1_S1p5_B2", true, 1}, FixptName{"sfix", false, 0},
-                                         FixptName{"sfixed", false, 0}, FixptName{"sfix16_OBS", false, 0},
-                                         FixptName{"sfix8sfcn", false, 0}, FixptName{"fltx16", false, 0},
-                                         FixptName{"int16x", false, 0}));
+INSTANTIATE_TEST_SUITE_P(
+    Table, IntrinsicFixptNames,
+    testing::Values(FixptName{"sfix16_En3", true, 16}, FixptName{"fltu32", true, 32}, FixptName{"sfix16", true, 16},
+                    FixptName{"flts16", true, 16}, FixptName{"ufix1_S1p5_B2", true, 1}, FixptName{"sfix", false, 0},
+                    FixptName{"sfixed", false, 0}, FixptName{"sfix16_OBS", false, 0}, FixptName{"sfix8sfcn", false, 0},
+                    FixptName{"fltx16", false, 0}, FixptName{"int16x", false, 0},
+                    FixptName{"sfix2147483647", true, INT_MAX}, FixptName{"ufix2147483648", false, 0},
+                    FixptName{"sfix99999999999_En3", false, 0}, FixptName{"flts00000000000000000016", true, 16}));
 
 TEST_F(Registration, FixptAtomicityFollowsTheIntegersAndLargeSizes) {
   table.getDataType(4)->setIsAtomic(true);
