@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "ql_types/datatypes/BuiltinTypes.hpp"
 #include "ql_types/datatypes/ClientDataTypeCheckCallback.hpp"
 #include "ql_types/datatypes/DataType.hpp"
 #include "ql_types/fixpt/fxpDataTypeProp.hpp"
@@ -114,11 +115,11 @@ class DataTypeTable {
   const DataType* getDataTypeAt(unsigned index) const { return types_[index]; }
   int getDataTypeId(const char* name) const;
   int getNumDataTypes() const { return static_cast<int>(types_.size()); }
-  static int getNumBuiltInDataTypes() { return 9; }
+  static int getNumBuiltInDataTypes() { return kNumBuiltinTypes; }
   bool isDataTypeIdValid(int id) const { return id >= -1 && id < getNumDataTypes() - 1; }  // no overflow at INT_MAX
   bool isDataTypeIdValid_NotAuto(int id) const { return id != -1 && isDataTypeIdValid(id); }
   void checkDataTypeId(int id) const;
-  static bool checkForBuiltInDataType(int id) { return id >= -1 && id <= 8; }
+  static bool checkForBuiltInDataType(int id) { return id == -1 || isBuiltinTypeId(id); }
   static bool isPredefinedDataType(int id) { return id >= 9 && id <= 13; }
   static int getBuiltInDataTypeSize(int id);
   static const fxpDataTypeProp* getBuiltinDataTypeProperties(int id);

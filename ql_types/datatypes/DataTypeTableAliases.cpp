@@ -69,7 +69,7 @@ void DataTypeTable::setDataTypeStorageId(int id, int storageId) {
   if (type->getIdAliasedTo() != -10) qlRaise(msg::CannotSetDataTypeStorageIdOfAlias, type->getName());
   // An id with no entry (past the table, or below -1) has no name to show: its number stands in. Such an id
   // is refused like any non-built-in, before anything reads an entry through it.
-  if (storageId > 8 || storageId < -1)
+  if (storageId >= kNumBuiltinTypes || storageId < -1)
     qlRaise(msg::IllegalDataTypeToBeStorageId, type->getName(),
             isDataTypeIdValid(storageId) ? getDataType(storageId)->getName() : std::to_string(storageId));
   const int current = type->getStorageId();

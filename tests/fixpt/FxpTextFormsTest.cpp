@@ -3,6 +3,9 @@
 
 #include <cmath>
 #include <limits>
+#include <map>
+#include <set>
+#include <tuple>
 
 #include "ql_types/datatypes/DataTypeTable.hpp"
 #include "ql_types/fixpt/fxpDataTypeText.hpp"
@@ -105,6 +108,27 @@ TEST(FxpTextCache, OverrideSeparatesEntries) {
   const fxpDataTypeProp offB = fixpt(1, 20, 1.5, -5, 1.0, FXP_DT_FIXPT, FXP_DTO_OFF);
   EXPECT_EQ(ctor(onB, 1, 0), "fixdt(1,20,0.046875,1)");
   EXPECT_EQ(ctor(offB, 1, 0), "fixdt(1,20,0.046875,1,'DataTypeOverride','Off')");
+}
+
+// Over records with unit factor and zero bias (the hashed ones): one entry exactly per distinct record,
+// overrides included, and -0.0 bias the same entry as 0.0.
+TEST(FxpTextCache, HashedEntriesAreOnePerDistinctRecord) {
+  std::map<std::tuple<int, unsigned, int, int, unsigned>, const std::string*> seen;
+  for (int mode : {0, 1, 2})
+    for (unsigned sign : {0u, 1u})
+      for (int wl : {8, 16, 33})
+        for (int e : {-3, 0, 40})
+          for (unsigned dto : {0u, 1u, 2u, 0x9E3779B9u})
+            for (double bias : {0.0, -0.0}) {
+              const fxpDataTypeProp p = fixpt(sign, wl, 1.0, e, bias, static_cast<fxpModeDataType>(mode),
+                                              static_cast<fxpDataTypeDTOMode>(dto));
+              const std::string* text = fxpDataTypeToIdentifierString(&p);
+              auto [it, fresh] = seen.try_emplace({mode, sign, wl, e, dto}, text);
+              EXPECT_EQ(it->second, text);
+            }
+  std::set<const std::string*> distinct;
+  for (const auto& kv : seen) distinct.insert(kv.second);
+  EXPECT_EQ(distinct.size(), seen.size());
 }
 
 TEST(FxpTextCache, NaNBiasRecordsGetTheirOwnEntry) {
