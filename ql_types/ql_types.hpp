@@ -32,6 +32,7 @@
 #include "ql_types/units/ConversionFactorType.hpp"
 #include "ql_types/units/Exponent.hpp"
 #include "ql_types/units/UnitExprParser.hpp"
+#include "ql_types/units/UnitExprPartial.hpp"
 
 #include "ql_types/symbolic/SymbolicExpr.hpp"
 #include "ql_types/symbolic/SymbolicExprCopy.hpp"
