@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "ql_types/units/internal/CodePoints.hpp"
+#include "ql_types/units/internal/UnitExprGrammarCost.hpp"
 
 namespace QLTypeSys {
 
@@ -173,15 +174,26 @@ const AnnotatedGrammar& annotatedGrammar() {
 
 }  // namespace
 
-bool parseUnitExpr(const std::wstring& text, UnitExprAST& ast) {
+namespace {
+
+bool parseWith(const UnitExprGrammar& grammar, const std::wstring& text, UnitExprAST& ast) {
   const CodePoints cps = internal::decodeUtf16(text);
   if (internal::maxNesting(cps) > kMaxUnitExprNesting) return false;
   UnitExprAST result;
   Iterator it = cps.begin();
-  const bool matched = qi::phrase_parse(it, cps.cend(), expressionGrammar(), unicode::space, result);
+  const bool matched = qi::phrase_parse(it, cps.cend(), grammar, unicode::space, result);
   if (!matched || it != cps.cend()) return false;
   ast = std::move(result);
   return true;
+}
+
+}  // namespace
+
+bool parseUnitExpr(const std::wstring& text, UnitExprAST& ast) { return parseWith(expressionGrammar(), text, ast); }
+
+bool internal::parseUnitExprWithFreshGrammar(const std::wstring& text, UnitExprAST& ast) {
+  const UnitExprGrammar grammar;
+  return parseWith(grammar, text, ast);
 }
 
 bool splitUnitExpr(const std::wstring& text, std::wstring& unitPart, std::wstring& abstractPart) {

@@ -375,3 +375,17 @@ TEST(UnitExprRoundTrip, RandomAstsPrintAndParseBack) {
 }
 
 }  // namespace
+
+#include "ql_types/units/internal/UnitExprGrammarCost.hpp"
+
+namespace {
+
+TEST(UnitExprGrammar, FreshGrammarReadsAsTheSharedOne) {
+  for (const wchar_t* text : {L"kg*m/s^2", L"(m/s)^-1", L"5/(m*s)", L"m^", L"\u00B0C", L"m^0", L"a b"}) {
+    UnitExprAST shared, fresh;
+    EXPECT_EQ(parseUnitExpr(text, shared), QLTypeSys::internal::parseUnitExprWithFreshGrammar(text, fresh));
+    EXPECT_EQ(shared, fresh);
+  }
+}
+
+}  // namespace
