@@ -92,6 +92,7 @@ INSTANTIATE_TEST_SUITE_P(
                 {{L"N", one}, {L"m", Exponent(1, 1)}, {L"kg", Exponent(0, 1)}, {L"s", Exponent(2, 0)}}},
         Reading{L"m_1.5", {{L"m_1.5", one}}}, Reading{L"a^2147483647", {{L"a", Exponent(2147483647, 0)}}},
         Reading{L"a^-2147483647", {{L"a", Exponent(0, 2147483647)}}}, Reading{L"a^007", {{L"a", Exponent(7, 0)}}},
+        Reading{L"a^-00000000000000000000000000002", {{L"a", Exponent(0, 2)}}},
         // Other scripts and signs: Greek, CJK, degree, ohm, micro, Cyrillic.
         Reading{L"\u03A9*\u00B5m", {{L"\u03A9", one}, {L"\u00B5m", one}}}, Reading{L"\u00B0C", {{L"\u00B0C", one}}},
         Reading{L"\u2126/\u03BCs", {{L"\u2126", one}, {L"\u03BCs", Exponent(0, 1)}}},
