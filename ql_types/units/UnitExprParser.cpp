@@ -11,7 +11,9 @@
 #include <boost/phoenix/function.hpp>
 #include <boost/phoenix/operator.hpp>
 #include <boost/spirit/include/qi.hpp>
+#include <cstddef>
 #include <cstdint>
+#include <unordered_map>
 #include <utility>
 
 #include "ql_types/units/internal/CodePoints.hpp"
@@ -46,14 +48,30 @@ bool raiseTo(UnitExprAST& ast, int v) {
   return true;
 }
 
+// Where each name of an expression's list stands. Built only once the list is long, so that a long product
+// of distinct names merges in linear time; a rule local of `expression`, so the grammar keeps no state.
+struct NameIndex {
+  static constexpr std::size_t kFrom = 16;
+  std::unordered_map<std::wstring, std::size_t> positions;
+};
+
 // Appends the right terms to the left ones, adding the exponents of a name already there.
-bool mergeInto(UnitExprAST& left, const UnitExprAST& right) {
+bool mergeInto(UnitExprAST& left, const UnitExprAST& right, NameIndex* index) {
+  if (index && index->positions.empty() && left.names.size() >= NameIndex::kFrom)
+    for (std::size_t j = 0; j < left.names.size(); ++j) index->positions.emplace(left.names[j], j);
+  const bool indexed = index && !index->positions.empty();
   for (std::size_t i = 0; i < right.names.size(); ++i) {
     std::size_t j = 0;
-    while (j < left.names.size() && left.names[j] != right.names[i]) ++j;
+    if (indexed) {
+      const auto found = index->positions.find(right.names[i]);
+      j = found == index->positions.end() ? left.names.size() : found->second;
+    } else {
+      while (j < left.names.size() && left.names[j] != right.names[i]) ++j;
+    }
     if (j == left.names.size()) {
       left.names.push_back(right.names[i]);
       left.exponents.push_back(right.exponents[i]);
+      if (indexed) index->positions.emplace(right.names[i], j);
     } else if (!Exponent::checkedAdd(left.exponents[j], right.exponents[i], left.exponents[j])) {
       return false;
     }
@@ -77,20 +95,24 @@ struct RaiseAction {
 
 struct MultiplyAction {
   using result_type = bool;
-  bool operator()(UnitExprAST& left, const UnitExprAST& right) const { return mergeInto(left, right); }
+  bool operator()(UnitExprAST& left, const UnitExprAST& right, NameIndex& index) const {
+    return mergeInto(left, right, &index);
+  }
 };
 
 struct DivideAction {
   using result_type = bool;
-  bool operator()(UnitExprAST& left, UnitExprAST right) const { return raiseTo(right, -1) && mergeInto(left, right); }
+  bool operator()(UnitExprAST& left, UnitExprAST right, NameIndex& index) const {
+    return raiseTo(right, -1) && mergeInto(left, right, &index);
+  }
 };
 
 // The slash of "first": the number before it only starts an empty list.
 struct ReciprocalAction {
   using result_type = bool;
   bool operator()(UnitExprAST& out, const UnitExprAST& denominator) const {
-    UnitExprAST start;
-    if (!DivideAction()(start, denominator)) return false;
+    UnitExprAST start = denominator;
+    if (!raiseTo(start, -1)) return false;
     out = std::move(start);
     return true;
   }
@@ -106,8 +128,9 @@ const phx::function<ReciprocalAction> reciprocal;
 // The expression grammar.
 
 struct UnitExprGrammar : qi::grammar<Iterator, UnitExprAST(), Skipper> {
-  UnitExprGrammar() : UnitExprGrammar::base_type(expression, "expression") {
+  UnitExprGrammar() : UnitExprGrammar::base_type(whole, "expression") {
     using qi::_1;
+    using qi::_a;
     using qi::_pass;
     using qi::_val;
 
@@ -122,15 +145,18 @@ struct UnitExprGrammar : qi::grammar<Iterator, UnitExprAST(), Skipper> {
     // parsed once instead of twice per level.
     first = (&(exponent >> '/') >> qi::omit[exponent] >> '/' >> factor[_pass = reciprocal(_val, _1)]) |
             (!(exponent >> '/') >> factor[_val = _1]);
-    expression = first[_val = _1] >> *((qi::lit('*') >> factor[_pass = multiply(_val, _1)]) |
-                                       (qi::lit('/') >> factor[_pass = divide(_val, _1)]));
+    expression = first[_val = _1] >> *((qi::lit('*') >> factor[_pass = multiply(_val, _1, _a)]) |
+                                       (qi::lit('/') >> factor[_pass = divide(_val, _1, _a)]));
+    whole = expression[_val = _1];  // the grammar's own signature, without expression's local
   }
 
   qi::rule<Iterator> special;
   qi::rule<Iterator, CodePoints()> name;  // no skipper: no white space inside a name
   qi::rule<Iterator, int()> integer;      // nor inside a number
   qi::rule<Iterator, int(), Skipper> exponent;
-  qi::rule<Iterator, UnitExprAST(), Skipper> group, factor, first, expression;
+  qi::rule<Iterator, UnitExprAST(), Skipper> group, factor, first;
+  qi::rule<Iterator, UnitExprAST(), qi::locals<NameIndex>, Skipper> expression;
+  qi::rule<Iterator, UnitExprAST(), Skipper> whole;
 };
 
 // ---------------------------------------------------------------------------------------------------------

@@ -390,3 +390,29 @@ TEST(UnitExprGrammar, FreshGrammarReadsAsTheSharedOne) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(UnitExprLimits, ManyDistinctNamesKeepTheirOrder) {
+  // Long enough that merging looks names up by index rather than by scanning.
+  std::wstring text = L"n0";
+  UnitExprAST expected;
+  expected.names.push_back(L"n0");
+  expected.exponents.push_back(Exponent::one);
+  for (int i = 1; i < 5000; ++i) {
+    const bool divide = i % 3 == 0;
+    text += (divide ? L"/n" : L"*n") + std::to_wstring(i);
+    expected.names.push_back(L"n" + std::to_wstring(i));
+    expected.exponents.push_back(divide ? Exponent(0, 1) : Exponent::one);
+  }
+  // Names seen before, after the index exists, add to their counts in place.
+  text += L"*n7/n4999*(n1*n1)";
+  expected.exponents[7] = Exponent(2, 0);
+  expected.exponents[4999] = Exponent(1, 1);
+  expected.exponents[1] = Exponent(3, 0);
+  UnitExprAST got;
+  ASSERT_TRUE(parseUnitExpr(text, got));
+  EXPECT_EQ(got, expected);
+}
+
+}  // namespace
