@@ -124,6 +124,7 @@ ScaledRational* ScaledRational::makeCheckedRational(double num, double den, int 
 }
 
 ConversionFactorImpl* ScaledRational::operator*(const ConversionFactorImpl& b) const {
+  // kept: the offset of plain times affine stays unscaled.
   if (b.isAffine()) return new DoubleAffineConversionFactor(scaleOf(b) * toDouble(), b.getOffset());
   if (b.isReciprocal()) return new DoubleReciprocalConversionFactor(b.toDouble() * toDouble());
   const ScaledRational* r = asScaledRational(b);
@@ -202,6 +203,7 @@ DoubleConversionFactor::DoubleConversionFactor(const std::vector<std::string>& f
 ConversionFactorImpl* DoubleConversionFactor::clone() const { return new DoubleConversionFactor(*this); }
 
 ConversionFactorImpl* DoubleConversionFactor::operator*(const ConversionFactorImpl& b) const {
+  // kept: the offset of plain times affine stays unscaled.
   if (b.isAffine()) return new DoubleAffineConversionFactor(scaleOf(b) * value_, b.getOffset());
   if (b.isReciprocal()) return new DoubleReciprocalConversionFactor(b.toDouble() * value_);
   return new DoubleConversionFactor(b.toDouble() * value_);
