@@ -11,6 +11,7 @@
 using namespace QLTypeSys;
 
 void showSymbolicDimensions();  // DimensionsDemo.cpp
+void showUnits();               // UnitsDemo.cpp
 
 namespace {
 
@@ -250,5 +251,6 @@ int main() {
   showNestedBus();
   showTypeOperations();
   showSymbolicDimensions();
+  showUnits();
   return 0;
 }

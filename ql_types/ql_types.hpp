@@ -26,6 +26,14 @@
 #include "ql_types/platform/QlFeature.hpp"
 #include "ql_types/platform/Text.hpp"
 
+#include "ql_types/units/ConversionFactor.hpp"
+#include "ql_types/units/ConversionFactorFactory.hpp"
+#include "ql_types/units/ConversionFactorImpl.hpp"
+#include "ql_types/units/ConversionFactorType.hpp"
+#include "ql_types/units/Exponent.hpp"
+#include "ql_types/units/UnitExprParser.hpp"
+#include "ql_types/units/UnitExprPartial.hpp"
+
 #include "ql_types/symbolic/SymbolicExpr.hpp"
 #include "ql_types/symbolic/SymbolicExprCopy.hpp"
 #include "ql_types/symbolic/SymbolicExprFactorDivision.hpp"
