@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "ql_types/units/UnitExprParser.hpp"
+#include "units/fuzz/UnitExprFuzzBody.hpp"
 
 namespace {
 
@@ -315,23 +316,9 @@ class Printer {
   std::mt19937& rng_;
 };
 
-// The text of an AST: x^p for counts (p, 0), x^-n for (0, n), x^p/x^n for both; terms joined by "*".
-// Parsing never gives counts (0, 0), so every AST the parser can give has a text.
-std::wstring print(const UnitExprAST& a) {
-  std::wstring text;
-  for (std::size_t i = 0; i < a.names.size(); ++i) {
-    if (i != 0) text += L"*";
-    const Exponent& e = a.exponents[i];
-    const std::wstring& x = a.names[i];
-    if (e.getNegative() == 0)
-      text += x + L"^" + std::to_wstring(e.getPositive());
-    else if (e.getPositive() == 0)
-      text += x + L"^-" + std::to_wstring(e.getNegative());
-    else
-      text += x + L"^" + std::to_wstring(e.getPositive()) + L"/" + x + L"^" + std::to_wstring(e.getNegative());
-  }
-  return text;
-}
+// The text of an AST (shared with the fuzz target): x^p for counts (p, 0), x^-n for (0, n), x^p/x^n for
+// both. Parsing never gives counts (0, 0), so every AST the parser can give has a text.
+std::wstring print(const UnitExprAST& a) { return qlfuzz::printAst(a); }
 
 TEST(UnitExprRoundTrip, RandomTextsGiveTheirAst) {
   std::mt19937 rng(5318008);
