@@ -15,6 +15,9 @@
 /// src with a step of 0 (broadcast) for a source of one element. Returns false only when
 /// checkLossless is set, the kernel has a back-comparison pass and some element changed value.
 /// The last four arguments are never read: every kernel is specific to its types and modes.
+/// The kernels to boolean from the eight other types ignore dstComplex and write one byte per element.
+/// boolean to boolean is the uint8 to uint8 copy (the matrix shares it), so it honours dstComplex like
+/// every copy: two bytes per element, the imaginary byte copied from a complex source or zero.
 using builtinConvFcn = bool (*)(void const* src, void* dst, unsigned int srcLength, unsigned int dstLength,
                                 bool srcComplex, bool dstComplex, bool checkLossless, int srcId, int dstId,
                                 fxpModeOverflow_tag overflow, fxpModeRounding_tag rounding);

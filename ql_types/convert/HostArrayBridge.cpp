@@ -1,26 +1,20 @@
 // Host array class ids, zeroed value buffers and the call that makes enumeration objects.
 #include "ql_types/convert/HostArrayBridge.hpp"
 
+#include "ql_types/datatypes/BuiltinTypes.hpp"
 #include "ql_types/datatypes/DataTypeTable.hpp"
 
 int utGetDTypeIdFromQxClassId(qxClassID classId) {
-  switch (static_cast<int>(classId)) {
-    case qxLOGICAL_CLASS: return 8;
-    case qxDOUBLE_CLASS: return 0;
-    case qxSINGLE_CLASS: return 1;
-    case qxINT8_CLASS: return 2;
-    case qxUINT8_CLASS: return 3;
-    case qxINT16_CLASS: return 4;
-    case qxUINT16_CLASS: return 5;
-    case qxINT32_CLASS: return 6;
-    case qxUINT32_CLASS: return 7;
-    default: return -10;
-  }
+  for (int id = 0; id < QLTypeSys::kNumBuiltinTypes; ++id)
+    if (QLTypeSys::kBuiltinTypes[id].hostClass == classId) return id;
+  return -10;
 }
 
 qxClassID utGetqxClassIdFromDTypeId(int id, bool booleanAsUint8) {
-  if (id >= 0 && id <= 7) return static_cast<qxClassID>(qxDOUBLE_CLASS + id);
-  if (id == 8) return booleanAsUint8 ? qxUINT8_CLASS : qxLOGICAL_CLASS;
+  if (QLTypeSys::isBuiltinTypeId(id)) {
+    const QLTypeSys::BuiltinTypeTraits& t = QLTypeSys::kBuiltinTypes[id];
+    return t.isBoolean && booleanAsUint8 ? qxUINT8_CLASS : t.hostClass;
+  }
   if (id == 10) return qxINT32_CLASS;  // "integer"
   return qxNO_CLASS;                   // "fcn_call" and everything else
 }

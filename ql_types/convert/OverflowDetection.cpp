@@ -1,7 +1,6 @@
 // Overflow detection: one scan of the source against thresholds chosen by the rounding mode, so
 // that a plain comparison of the unrounded value says whether the rounded value leaves the range.
 #include "ql_types/convert/internal/OverflowDetection.hpp"
-#include "ql_types/datatypes/DataType.hpp"
 
 #include <cmath>
 #include <cstddef>
@@ -10,6 +9,7 @@
 
 #include "ql_types/convert/BuiltinConversion.hpp"
 #include "ql_types/convert/internal/BuiltinTypes.hpp"
+#include "ql_types/datatypes/DataType.hpp"
 
 namespace QLTypeSys::detail {
 namespace {
@@ -62,7 +62,8 @@ bool scanFloatSource(const F* values, std::size_t n, int dstId, const Threshold&
 }
 
 /// double to single: a value overflows when its conversion becomes infinite. A source that was
-/// already infinite does not count; NaN stays NaN.
+/// already infinite does not count; NaN stays NaN. The conversion past single's range is the IEEE one,
+/// which GCC and Clang define, so it is asked directly.
 bool anyBecomesInfinite(const double* values, std::size_t n) {
   for (std::size_t i = 0; i < n; ++i) {
     if (std::isinf(values[i])) continue;

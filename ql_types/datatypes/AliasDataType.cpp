@@ -28,9 +28,7 @@ DataTypeConvertBetweenFcn AliasDataType::getConvertBetweenFcn() const {
 DataTypeIsPositiveFcn AliasDataType::getIsPositiveFcn() const { return aliasedThruToType_->getIsPositiveFcn(); }
 DataTypeIsNegativeFcn AliasDataType::getIsNegativeFcn() const { return aliasedThruToType_->getIsNegativeFcn(); }
 DataTypeGreaterThanFcn AliasDataType::getGreaterThanFcn() const { return aliasedThruToType_->getGreaterThanFcn(); }
-DataTypeGreaterEqualFcn AliasDataType::getGreaterEqualFcn() const {
-  return aliasedThruToType_->getGreaterEqualFcn();
-}
+DataTypeGreaterEqualFcn AliasDataType::getGreaterEqualFcn() const { return aliasedThruToType_->getGreaterEqualFcn(); }
 void AliasDataType::setConvertBetweenFcn(DataTypeConvertBetweenFcn) {
   qlRaise(msg::CannotSetDataTypeConvertBetweenOfAlias, getName());
 }

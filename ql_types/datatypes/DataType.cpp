@@ -4,6 +4,7 @@
 #include <cstring>
 #include <ostream>
 
+#include "ql_types/datatypes/BuiltinTypes.hpp"
 #include "ql_types/datatypes/DataTypeTable.hpp"
 #include "ql_types/platform/Diagnostic.hpp"
 #include "ql_types/platform/HostArray.hpp"
@@ -32,13 +33,15 @@ void DataType::setSize(int n) {
   const int old = size_;
   if (old != -1 && old != n && getId() != 8) qlRaise(msg::CannotModifyDataTypeSize, name_, old);
   if (n <= 0) qlRaise(msg::InvalidDataTypeSize, name_, n);
-  size_ = n;
   if (old == -1 || old != n) {
+    // The new ground comes first, so that running out of memory leaves size and ground as they were.
+    auto* ground = static_cast<unsigned char*>(utCalloc(2, static_cast<std::size_t>(n)));
+    if (!ground) qlRaise(msg::MemoryAllocErr);
     // Only boolean gets here with a ground already there.
     utFree(ground_);
-    ground_ = static_cast<unsigned char*>(utCalloc(2, static_cast<std::size_t>(n)));
-    if (!ground_) qlRaise(msg::MemoryAllocErr);
+    ground_ = ground;
   }
+  size_ = n;
   // Kept on purpose: repeating the size marks the ground default again and reopens setGround.
   setDefaultGround(true);
   setIsAliasToLocked(true);
@@ -226,26 +229,21 @@ void DataType::setIsAliasToLocked(bool locked) { aliasedToLocked_ = locked; }
 void DataType::updateAliasedToType(DataType*) {}
 void DataType::updateAliasedThruToType(DataType*) {}
 
-bool DataType::isDataTypeBoolDT(int id) { return id == 8; }
-bool DataType::isDataTypeFloatDT(int id) { return id == 0 || id == 1; }
-bool DataType::isDataTypeIntDT(int id) { return id >= 2 && id <= 7; }
-bool DataType::isDataTypeSignedIntDT(int id) { return id == 2 || id == 4 || id == 6; }
-bool DataType::isDataTypeUnsignedIntDT(int id) { return id == 3 || id == 5 || id == 7; }
-
-bool DataType::isDataTypeSignedDT(int id) {
-  if (id == 8) return DataTypeTable::getBuiltinDataTypeProperties(8)->getSignedness() == 1u;
-  return id == 0 || id == 1 || isDataTypeSignedIntDT(id);
-}
+bool DataType::isDataTypeBoolDT(int id) { return isBuiltinTypeId(id) && kBuiltinTypes[id].isBoolean; }
+bool DataType::isDataTypeFloatDT(int id) { return isBuiltinTypeId(id) && kBuiltinTypes[id].isFloat; }
+bool DataType::isDataTypeIntDT(int id) { return isBuiltinTypeId(id) && kBuiltinTypes[id].isInteger; }
+bool DataType::isDataTypeSignedIntDT(int id) { return isDataTypeIntDT(id) && kBuiltinTypes[id].isSigned(); }
+bool DataType::isDataTypeUnsignedIntDT(int id) { return isDataTypeIntDT(id) && !kBuiltinTypes[id].isSigned(); }
+bool DataType::isDataTypeSignedDT(int id) { return isBuiltinTypeId(id) && kBuiltinTypes[id].isSigned(); }
 
 bool DataType::isDataTypeSignedFixptDT(const char* name, int id) {
-  if (id == 8) return isDataTypeSignedDT(8);
+  if (isDataTypeBoolDT(id)) return isDataTypeSignedDT(id);
   // Deliberately only the prefix: "fltu16" counts as signed.
   return !(name && std::strncmp(name, "ufix", 4) == 0) && !isDataTypeUnsignedIntDT(id);
 }
 
 BuiltInDataType::BuiltInDataType() : BuiltInDataType(-10, "", DataTypeSourceBuiltIn) {}
-BuiltInDataType::BuiltInDataType(int id, const std::string& name, DataTypeSource source)
-    : DataType(id, name, source) {
+BuiltInDataType::BuiltInDataType(int id, const std::string& name, DataTypeSource source) : DataType(id, name, source) {
   qualifier_ = DataTypeQualifierBuiltIn;
 }
 BuiltInDataType::~BuiltInDataType() = default;

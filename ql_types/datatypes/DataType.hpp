@@ -52,8 +52,8 @@ using DataTypeConvertBetweenFcn = int (*)(_qlDataTypeAccess_tag* access, const c
 using DataTypeIsPositiveFcn = int (*)(_qlDataTypeAccess_tag* access, const char* context, int id, int n,
                                       const void* src, const void* extra, void* result);
 using DataTypeIsNegativeFcn = DataTypeIsPositiveFcn;
-using DataTypeGreaterThanFcn = int (*)(_qlDataTypeAccess_tag* access, const char* context, int id, int n,
-                                       const void* a, const void* b, const void* extra, void* result);
+using DataTypeGreaterThanFcn = int (*)(_qlDataTypeAccess_tag* access, const char* context, int id, int n, const void* a,
+                                       const void* b, const void* extra, void* result);
 using DataTypeGreaterEqualFcn = DataTypeGreaterThanFcn;
 
 /// Converters between host values and an external target's bytes; stored, never called here.
@@ -156,8 +156,8 @@ class DataType {
 
   /// Whether converting count values (twice that if complex) from srcId to dstId under the
   /// rounding mode would leave the destination's range. Reads the source only.
-  static bool CheckForOverflowDuringDataTypeConversion(void const* src, int count, int srcId, bool isComplex,
-                                                       int dstId, fxpModeRounding_tag rounding);
+  static bool CheckForOverflowDuringDataTypeConversion(void const* src, int count, int srcId, bool isComplex, int dstId,
+                                                       fxpModeRounding_tag rounding);
 
  protected:
   const DataType* getAliasedToType() const { return nullptr; }

@@ -2,14 +2,17 @@
 #include "ql_types/datatypes/DataTypeTable.hpp"
 
 #include <algorithm>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <ostream>
 
+#include "ql_types/datatypes/BuiltinTypes.hpp"
 #include "ql_types/datatypes/StructDataType.hpp"
 #include "ql_types/datatypes/internal/BuiltinValueFunctions.hpp"
+#include "ql_types/datatypes/internal/NameIndex.hpp"
 #include "ql_types/platform/Memory.hpp"
 #include "ql_types/platform/Text.hpp"
 
@@ -19,29 +22,11 @@ namespace msg = qlmsg::general;
 
 namespace {
 
-// The nine numeric types, in id order: the one list every built-in table here derives from.
-struct BuiltInInfo {
-  const char* name;
-  int size;
-  fxpDataTypeProp props;
-};
-
-constexpr BuiltInInfo kBuiltIns[9] = {
-    {"double", 8, fxpDataTypeProp::doubleDataType()},
-    {"single", 4, fxpDataTypeProp::singleDataType()},
-    {"int8", 1, fxpDataTypeProp(FXP_DT_FIXPT, 1u, 8, 1.0, 0, 0.0, FXP_DTO_DEFAULT)},
-    {"uint8", 1, fxpDataTypeProp(FXP_DT_FIXPT, 0u, 8, 1.0, 0, 0.0, FXP_DTO_DEFAULT)},
-    {"int16", 2, fxpDataTypeProp(FXP_DT_FIXPT, 1u, 16, 1.0, 0, 0.0, FXP_DTO_DEFAULT)},
-    {"uint16", 2, fxpDataTypeProp(FXP_DT_FIXPT, 0u, 16, 1.0, 0, 0.0, FXP_DTO_DEFAULT)},
-    {"int32", 4, fxpDataTypeProp(FXP_DT_FIXPT, 1u, 32, 1.0, 0, 0.0, FXP_DTO_DEFAULT)},
-    {"uint32", 4, fxpDataTypeProp(FXP_DT_FIXPT, 0u, 32, 1.0, 0, 0.0, FXP_DTO_DEFAULT)},
-    {"boolean", 1, fxpDataTypeProp::booleanDataType()},
-};
-
-// Properties of ids 0 to 8, filled at program start.
-const fxpDataTypeProp kBuiltInProperties[9] = {
-    kBuiltIns[0].props, kBuiltIns[1].props, kBuiltIns[2].props, kBuiltIns[3].props, kBuiltIns[4].props,
-    kBuiltIns[5].props, kBuiltIns[6].props, kBuiltIns[7].props, kBuiltIns[8].props,
+// Properties of ids 0 to 8, filled at program start from the one list of built-in types.
+const fxpDataTypeProp kBuiltInProperties[kNumBuiltinTypes] = {
+#define QL_BUILTIN_PROPERTIES(id, Name, element, text, hostClass) kBuiltinTypes[id].properties,
+    QL_BUILTIN_TYPES(QL_BUILTIN_PROPERTIES)
+#undef QL_BUILTIN_PROPERTIES
 };
 
 struct InternalInfo {
@@ -72,9 +57,9 @@ void DataTypeTable::initializeBuiltInDataTypes() {
   if (rowsInitialized) return;
   rowsInitialized = true;
   Rows& r = rows();
-  for (int id = 0; id < 9; ++id) {
+  for (int id = 0; id < kNumBuiltinTypes; ++id) {
     BuiltInDataType& row = r.builtIn[id + 1];
-    row.size_ = kBuiltIns[id].size;
+    row.size_ = kBuiltinTypes[id].size;
     row.storageId_ = id;
     row.groundHasNonZeroStoredValue_ = false;
     const internal::BuiltinValueFunctions& f = internal::builtinValueFunctions(id);
@@ -89,14 +74,27 @@ void DataTypeTable::initializeBuiltInDataTypes() {
   for (int i = 0; i < 5; ++i) {
     BuiltInDataType& row = r.internal[i];
     row.size_ = kInternals[i].size;
-    row.storageId_ = 9 + i;
+    row.storageId_ = kNumBuiltinTypes + i;
   }
 }
 
 const DataType& DataTypeTable::builtInRow(int id) {
   initializeBuiltInDataTypes();
-  return id <= 8 ? rows().builtIn[id + 1] : rows().internal[id - 9];
+  return id < kNumBuiltinTypes ? rows().builtIn[id + 1] : rows().internal[id - kNumBuiltinTypes];
 }
+
+DataTypeNameIndexHandle::DataTypeNameIndexHandle() : index_(std::make_unique<internal::NameIndex>()) {}
+DataTypeNameIndexHandle::DataTypeNameIndexHandle(const DataTypeNameIndexHandle& other)
+    : index_(std::make_unique<internal::NameIndex>(*other.index_)) {}
+DataTypeNameIndexHandle& DataTypeNameIndexHandle::operator=(const DataTypeNameIndexHandle& other) {
+  if (this != &other) *index_ = *other.index_;
+  return *this;
+}
+DataTypeNameIndexHandle::~DataTypeNameIndexHandle() = default;
+
+void DataTypeTable::indexInsert(std::size_t position) { nameIndex_->insert(types_, position); }
+void DataTypeTable::indexErase(std::size_t position) { nameIndex_->erase(types_, position); }
+void DataTypeTable::rebuildNameIndex() { nameIndex_->rebuild(types_); }
 
 DataTypeTable::DataTypeTable() {
   access_ = static_cast<_qlDataTypeAccess_tag*>(utCalloc(1, sizeof(_qlDataTypeAccess_tag)));
@@ -114,7 +112,7 @@ DataTypeTable::DataTypeTable() {
 void DataTypeTable::initialize() {
   initializeBuiltInDataTypes();
   registerDataType("auto", DataTypeSourceBuiltIn, nullptr);
-  for (const BuiltInInfo& b : kBuiltIns) registerDataType(b.name, DataTypeSourceBuiltIn, nullptr);
+  for (const BuiltinTypeTraits& b : kBuiltinTypes) registerDataType(b.name, DataTypeSourceBuiltIn, nullptr);
   for (const InternalInfo& i : kInternals) registerDataType(i.name, DataTypeSourceInternal, nullptr);
   const double zeroDouble = 0.0;
   const float zeroSingle = 0.0f;
@@ -156,7 +154,7 @@ int DataTypeTable::registerDataType(const char* name, DataTypeSource source, con
   if (id == -1) {
     type = std::make_unique<AutoDataType>();
     registerBuiltInDataType(type.get(), -1);
-  } else if (id <= 8) {
+  } else if (isBuiltinTypeId(id)) {
     type = std::make_unique<BuiltInDataType>(id, name, source);
     registerBuiltInDataType(type.get(), id);
   } else if (id <= 13) {
@@ -276,14 +274,14 @@ qlsvDiagnostic DataTypeTable::RegisterDataType(DataTypeTable* table, const char*
   } catch (const fl::except::IException& e) {
     qlsvDiagnostic diag = qlsvCreateDiagnosticFromIException(e, true);
     if (blockPath && *blockPath)
-      diag = qlsvConcatenateDiagnostics(std::move(diag), qlMakeDiagnostic(msg::DataTypeErrorFromBlock, blockPath),
-                                        true);
+      diag =
+          qlsvConcatenateDiagnostics(std::move(diag), qlMakeDiagnostic(msg::DataTypeErrorFromBlock, blockPath), true);
     return diag;
   }
 }
 
 DataType* DataTypeTable::getDataType(const char* name) {
-  const std::size_t position = nameIndex_.find(types_, name ? name : "");
+  const std::size_t position = nameIndex_->find(types_, name ? name : "");
   return position == internal::NameIndex::npos ? nullptr : types_[position];
 }
 
@@ -317,18 +315,20 @@ int DataTypeTable::getBuiltInDataTypeSize(int id) {
 
 const fxpDataTypeProp* DataTypeTable::getBuiltinDataTypeProperties(int id) { return &kBuiltInProperties[id]; }
 
-const char* DataTypeTable::getNameOfBuiltInDataType(int id) { return id >= 0 && id <= 8 ? kBuiltIns[id].name : nullptr; }
+const char* DataTypeTable::getNameOfBuiltInDataType(int id) {
+  return isBuiltinTypeId(id) ? kBuiltinTypes[id].name : nullptr;
+}
 
 int DataTypeTable::getBuiltInDataType(const char* name) {
   if (!name) return -10;
-  for (int id = 0; id < 9; ++id)
-    if (std::strcmp(name, kBuiltIns[id].name) == 0) return id;
+  for (int id = 0; id < kNumBuiltinTypes; ++id)
+    if (std::strcmp(name, kBuiltinTypes[id].name) == 0) return id;
   return -10;
 }
 
 int DataTypeTable::getBuiltInDataType(const std::wstring& name) {
-  for (int id = 0; id < 9; ++id) {
-    const char* n = kBuiltIns[id].name;
+  for (int id = 0; id < kNumBuiltinTypes; ++id) {
+    const char* n = kBuiltinTypes[id].name;
     if (name == std::wstring(n, n + std::strlen(n))) return id;
   }
   return -10;
@@ -342,7 +342,13 @@ bool DataTypeTable::isInstrinsicFixptName(const char* name, int* bits) {
                       (std::strncmp(name, "flt", 3) == 0 && (name[3] == 's' || name[3] == 'u'));
   if (!prefix || !(name[4] >= '0' && name[4] <= '9')) return false;
   if (std::strstr(name + 4, "sfcn") || std::strstr(name + 4, "_OBS")) return false;
-  if (bits) *bits = std::atoi(name + 4);
+  // The width is read as atoi would, but checked: a width past the int range makes no intrinsic name.
+  long long width = 0;
+  for (const char* p = name + 4; *p >= '0' && *p <= '9'; ++p) {
+    width = width * 10 + (*p - '0');
+    if (width > INT_MAX) return false;
+  }
+  if (bits) *bits = static_cast<int>(width);
   return true;
 }
 
@@ -406,8 +412,8 @@ bool DataTypeTable::IsDataTypeNumericNonBoolean(int id) const {
   if (id == -10) return false;
   const DataType* t = getDataTypeAliasedThruTo(id);
   const int thru = t->getId();
-  if (thru == 8) return false;
-  if (thru >= -1 && thru <= 7) return true;  // "auto" counts as numeric
+  if (thru == -1) return true;  // "auto" counts as numeric
+  if (isBuiltinTypeId(thru)) return !kBuiltinTypes[thru].isBoolean;
   return t->getIsType(DataTypeQualifierFixpt);
 }
 

@@ -9,14 +9,14 @@
 #pragma once
 
 #include <boost/shared_ptr.hpp>
-
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "ql_types/datatypes/BuiltinTypes.hpp"
 #include "ql_types/datatypes/ClientDataTypeCheckCallback.hpp"
 #include "ql_types/datatypes/DataType.hpp"
-#include "ql_types/datatypes/internal/NameIndex.hpp"
 #include "ql_types/fixpt/fxpDataTypeProp.hpp"
 #include "ql_types/platform/Diagnostic.hpp"
 
@@ -49,6 +49,24 @@ enum LicensedForAliasTypes : int {
 class StructDataType;
 
 namespace QLTypeSys {
+
+namespace internal {
+class NameIndex;
+}
+
+/// The table's private name index, owned and copied with the table.
+class DataTypeNameIndexHandle {
+ public:
+  DataTypeNameIndexHandle();
+  DataTypeNameIndexHandle(const DataTypeNameIndexHandle& other);
+  DataTypeNameIndexHandle& operator=(const DataTypeNameIndexHandle& other);
+  ~DataTypeNameIndexHandle();
+  internal::NameIndex& operator*() const { return *index_; }
+  internal::NameIndex* operator->() const { return index_.get(); }
+
+ private:
+  std::unique_ptr<internal::NameIndex> index_;
+};
 
 class DataTypeTable {
  public:
@@ -97,11 +115,11 @@ class DataTypeTable {
   const DataType* getDataTypeAt(unsigned index) const { return types_[index]; }
   int getDataTypeId(const char* name) const;
   int getNumDataTypes() const { return static_cast<int>(types_.size()); }
-  static int getNumBuiltInDataTypes() { return 9; }
-  bool isDataTypeIdValid(int id) const { return id >= -1 && id + 1 < getNumDataTypes(); }
+  static int getNumBuiltInDataTypes() { return kNumBuiltinTypes; }
+  bool isDataTypeIdValid(int id) const { return id >= -1 && id < getNumDataTypes() - 1; }  // no overflow at INT_MAX
   bool isDataTypeIdValid_NotAuto(int id) const { return id != -1 && isDataTypeIdValid(id); }
   void checkDataTypeId(int id) const;
-  static bool checkForBuiltInDataType(int id) { return id >= -1 && id <= 8; }
+  static bool checkForBuiltInDataType(int id) { return id == -1 || isBuiltinTypeId(id); }
   static bool isPredefinedDataType(int id) { return id >= 9 && id <= 13; }
   static int getBuiltInDataTypeSize(int id);
   static const fxpDataTypeProp* getBuiltinDataTypeProperties(int id);
@@ -197,9 +215,9 @@ class DataTypeTable {
   /// Steps 4 to 7 of every registration: append, ask the callback, replace a shadowed name.
   int finishRegistration(DataType* type, DataType* previous, const char* blockPath);
   // Lookups by name answer exactly as a scan in vector order would, in constant time on average.
-  void indexInsert(std::size_t position) { nameIndex_.insert(types_, position); }
-  void indexErase(std::size_t position) { nameIndex_.erase(types_, position); }
-  void rebuildNameIndex() { nameIndex_.rebuild(types_); }
+  void indexInsert(std::size_t position);
+  void indexErase(std::size_t position);
+  void rebuildNameIndex();
 
   boost::shared_ptr<ClientDataTypeCheckCallback> callback_;
   std::vector<DataType*> types_;
@@ -210,7 +228,7 @@ class DataTypeTable {
   qlsvDiagnosticImpl* errorQueue_ = nullptr;  // clients set it before they read it
   unsigned lastAliasedTypeWarnedAbout_ = 0;
   std::vector<int> largeAtomicIntSizes_;
-  internal::NameIndex nameIndex_;
+  DataTypeNameIndexHandle nameIndex_;
 };
 
 }  // namespace QLTypeSys

@@ -16,9 +16,16 @@ int DataTypeTable::registerAliasDataType(const char* name, DataTypeSource source
     verifyDataTypeSourcesMatch(source, previous->getId());
     return previous->getId();
   }
+  // A replaced entry hands its id to the new alias, so a target that is that entry, or leads to it, would
+  // become a loop: refuse it as setDataTypeIdAliasedTo does, before anything changes.
+  if (previous) {
+    const int replaced = previous->getId();
+    if (idAliasedTo == replaced || alreadyAliasedToDirectlyOrIndirectly(idAliasedTo, replaced))
+      qlRaise(msg::DataTypeAliasLoop, name, getDataType(idAliasedTo)->getName());
+  }
   const DataType* target = getDataType(idAliasedTo);
-  auto* alias = new AliasDataType(getNumDataTypes() - 1, name, source, target,
-                                  getDataType(target->getIdAliasedThruTo()));
+  auto* alias =
+      new AliasDataType(getNumDataTypes() - 1, name, source, target, getDataType(target->getIdAliasedThruTo()));
   return finishRegistration(alias, previous, blockPath);
 }
 
@@ -60,7 +67,11 @@ bool DataTypeTable::alreadyAliasedToDirectlyOrIndirectly(int start, int id) cons
 void DataTypeTable::setDataTypeStorageId(int id, int storageId) {
   DataType* type = getDataType(id);
   if (type->getIdAliasedTo() != -10) qlRaise(msg::CannotSetDataTypeStorageIdOfAlias, type->getName());
-  if (storageId > 8) qlRaise(msg::IllegalDataTypeToBeStorageId, type->getName(), getDataType(storageId)->getName());
+  // An id with no entry (past the table, or below -1) has no name to show: its number stands in. Such an id
+  // is refused like any non-built-in, before anything reads an entry through it.
+  if (storageId >= kNumBuiltinTypes || storageId < -1)
+    qlRaise(msg::IllegalDataTypeToBeStorageId, type->getName(),
+            isDataTypeIdValid(storageId) ? getDataType(storageId)->getName() : std::to_string(storageId));
   const int current = type->getStorageId();
   if (current == id) {  // the type's own id marks the storage as unset
     type->setStorageId(storageId);

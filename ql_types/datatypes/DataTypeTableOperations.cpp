@@ -117,10 +117,14 @@ bool DataTypeTable::checkIfNonZeroArray(const void* values, int n, int id, bool 
 std::string DataTypeTable::getDTACompliantString(int id) const {
   const DataType* type = getDataType(id);
   switch (type->getType()) {
-    case DataTypeQualifierFixpt: return "fixdt('" + type->getName() + "')";
-    case DataTypeQualifierEnum: return "Enum: " + type->getName();
-    case DataTypeQualifierStruct: return "Bus: " + type->getName();
-    default: return type->getName();
+    case DataTypeQualifierFixpt:
+      return "fixdt('" + type->getName() + "')";
+    case DataTypeQualifierEnum:
+      return "Enum: " + type->getName();
+    case DataTypeQualifierStruct:
+      return "Bus: " + type->getName();
+    default:
+      return type->getName();
   }
 }
 

@@ -1,6 +1,7 @@
 // Structure and bus types, their elements, summary flags and checksums.
 #include "ql_types/datatypes/StructDataType.hpp"
 
+#include <climits>
 #include <cstring>
 
 #include "ql_types/datatypes/DataTypeTable.hpp"
@@ -96,9 +97,25 @@ StructDataType* structThrough(const DataTypeTable* table, int id) {
   return dynamic_cast<StructDataType*>(const_cast<DataType*>(t));
 }
 
+namespace {
+int saturate(long long v) { return v > INT_MAX ? INT_MAX : v < INT_MIN ? INT_MIN : static_cast<int>(v); }
+}  // namespace
+
+int saturatedProduct(long long a, long long b) {
+  long long p = 0;
+  if (__builtin_mul_overflow(a, b, &p)) return (a < 0) != (b < 0) ? INT_MIN : INT_MAX;
+  return saturate(p);
+}
+
+int saturatedSum(long long a, long long b) {
+  long long s = 0;
+  if (__builtin_add_overflow(a, b, &s)) return a < 0 ? INT_MIN : INT_MAX;
+  return saturate(s);
+}
+
 int widthOf(const StructElement& e) {
   int w = 1;
-  for (int i = 0; i < e.getNumDimensions(); ++i) w *= e.getDimensions()[i];
+  for (int i = 0; i < e.getNumDimensions(); ++i) w = saturatedProduct(w, e.getDimensions()[i]);
   return w;
 }
 

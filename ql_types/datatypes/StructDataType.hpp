@@ -149,7 +149,7 @@ class StructDataType : public QLTypeSys::DataType {
   bool hasAOB_ = false;
   bool hasComplexData_ = false;
   std::unordered_map<int, DFSElementCache> elementCache_;
-  bool computingProperties_ = false;  // guards a structure that contains itself
+  bool computingProperties_ = false;     // guards a structure that contains itself
   std::vector<StructElement*> retired_;  // records replaced by setNumElements
 };
 

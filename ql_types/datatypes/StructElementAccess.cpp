@@ -18,7 +18,9 @@ int kScalarDimensions[1] = {1};  // shared by every made-up element
 
 StructElementAccess::~StructElementAccess() = default;
 
-int StructElementAccess::getComplexWidth(int i) const { return getSignalType(i) == 1 ? 2 * getWidth(i) : getWidth(i); }
+int StructElementAccess::getComplexWidth(int i) const {
+  return getSignalType(i) == 1 ? internal::saturatedProduct(2, getWidth(i)) : getWidth(i);
+}
 
 StructDataType* StructElementAccess::getStructType() const {
   return static_cast<StructDataType*>(const_cast<DataType*>(table_->getDataTypeAliasedThruTo(id_)));
@@ -77,17 +79,17 @@ bool ImmediateElementAccess::isScalar(int i) const {
 
 int ImmediateElementAccess::getPadding(int i) const {
   const int nextStart = i + 1 < getNumElements() ? getOffset(i + 1) : getStructType()->getSize();
-  const int size = table_->getDataType(getDataTypeId(i))->getSize() * getComplexWidth(i);
-  return nextStart - getOffset(i) - size;
+  const int size = internal::saturatedProduct(table_->getDataType(getDataTypeId(i))->getSize(), getComplexWidth(i));
+  return internal::saturatedSum(static_cast<long long>(nextStart) - getOffset(i), -static_cast<long long>(size));
 }
 
 int ImmediateElementAccess::getRawElementIdx(int i) const {
   int raw = 0;
   for (int k = 0; k < i; ++k) {
     if (const StructDataType* nested = structThrough(table_, getDataTypeId(k)))
-      raw += getWidth(k) * nested->getNumRawElements();
+      raw = internal::saturatedSum(raw, internal::saturatedProduct(getWidth(k), nested->getNumRawElements()));
     else
-      raw += getComplexWidth(k);
+      raw = internal::saturatedSum(raw, getComplexWidth(k));
   }
   return raw;
 }
@@ -127,22 +129,22 @@ void DFSElementAccess::computeDataTypeIdAndIndex(int idx, int& elem, int& instan
     const int instances = nested && w > 1 ? w : 1;
     for (int inst = 0; inst < instances; ++inst) {
       const bool arrayHead = nested && w > 1 && inst == 0;
-      const int step = !nested ? 1 : nested->getNumDFSElements() + (arrayHead ? 1 : 0);
-      if (arrayHead && idx == count + 1) {  // the array node itself
+      const int step = !nested ? 1 : internal::saturatedSum(nested->getNumDFSElements(), arrayHead ? 1 : 0);
+      if (arrayHead && idx == count + 1LL) {  // the array node itself
         elem = static_cast<int>(k);
         instance = -1;
         typeId = e.getDataTypeId();
         base = -1;
         return;
       }
-      if (idx <= count + step) {
+      if (idx <= static_cast<long long>(count) + step) {
         elem = static_cast<int>(k);
         instance = inst;
         typeId = e.getDataTypeId();
-        base = !nested ? idx : count + (arrayHead ? 2 : 1);
+        base = !nested ? idx : internal::saturatedSum(count, arrayHead ? 2 : 1);
         return;
       }
-      count += step;
+      count = internal::saturatedSum(count, step);
     }
   }
   // Past what the counts allow: nothing is located.
@@ -218,7 +220,8 @@ int DFSElementAccess::getOffset(int idx) const {
   int elem, instance, typeId, base;
   computeDataTypeIdAndIndex(idx, elem, instance, typeId, base);
   const int instancePart = instance > 0 ? table_->getDataType(typeId)->getSize() * instance : 0;
-  const int elementOffset = elem == -1 ? 0 : getStructType()->getElements()[static_cast<std::size_t>(elem)]->getOffset();
+  const int elementOffset =
+      elem == -1 ? 0 : getStructType()->getElements()[static_cast<std::size_t>(elem)]->getOffset();
   int offset = elementOffset + instancePart;
   if (base >= 0 && !isLeafType(typeId)) offset += DFSElementAccess(table_, typeId).getOffset(idx - base);
   getStructType()->getCachedElement(idx).offset = offset;
@@ -367,21 +370,23 @@ void RawElementAccess::computeDataTypeIdAndIndex(int raw, int& elem, int& typeId
   for (std::size_t k = 0; k < elements.size(); ++k) {
     const StructElement& e = *elements[k];
     const StructDataType* nested = structThrough(table_, e.getDataTypeId());
-    const int count = nested ? widthOf(e) * nested->getNumRawElements()
-                             : widthOf(e) * (e.getSignalType() == 1 ? 2 : 1);
-    if (raw < base + count) {
+    const int count =
+        internal::saturatedProduct(widthOf(e), nested ? nested->getNumRawElements() : (e.getSignalType() == 1 ? 2 : 1));
+    if (raw < static_cast<long long>(base) + count) {
       elem = static_cast<int>(k);
       typeId = e.getDataTypeId();
       return;
     }
-    base += count;
+    base = internal::saturatedSum(base, count);
   }
   elem = static_cast<int>(elements.size()) - 1;  // past the end: the last element answers
   typeId = elem >= 0 ? elements[static_cast<std::size_t>(elem)]->getDataTypeId() : -10;
   if (elem >= 0) {
     const StructElement& e = *elements[static_cast<std::size_t>(elem)];
     const StructDataType* nested = structThrough(table_, e.getDataTypeId());
-    base -= nested ? widthOf(e) * nested->getNumRawElements() : widthOf(e) * (e.getSignalType() == 1 ? 2 : 1);
+    base = internal::saturatedSum(
+        base, -static_cast<long long>(internal::saturatedProduct(
+                  widthOf(e), nested ? nested->getNumRawElements() : (e.getSignalType() == 1 ? 2 : 1))));
   }
 }
 

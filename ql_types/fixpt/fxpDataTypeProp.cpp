@@ -1,27 +1,31 @@
 // The out-of-line operations of fxpDataTypeProp: normalisation and combined validation.
 #include "ql_types/fixpt/fxpDataTypeProp.hpp"
 
+#include <climits>
+
 void fxpDataTypeProp::normalizeScaling(double* saf, int* exponent) {
   double s = *saf;
   if (s == 1.0) return;
   if (!(s > 0.0)) return;  // zero, negative or NaN stay as they are
   if (std::isinf(s)) return;
   // Most factors are one halving or doubling away from the range; try that before frexp.
+  long long shift = 0;
   if (s >= 2.0) {
     s *= 0.5;
-    ++*exponent;
+    shift = 1;
   } else if (s < 1.0) {
     s *= 2.0;
-    --*exponent;
+    shift = -1;
   }
-  if (s >= 1.0 && s < 2.0) {
-    *saf = s;
-    return;
+  if (!(s >= 1.0 && s < 2.0)) {
+    int e = 0;
+    s = 2.0 * std::frexp(*saf, &e);  // exact, subnormals included
+    shift = e - 1LL;
   }
-  int e = 0;
-  const double m = std::frexp(s, &e);  // exact, subnormals included
-  *saf = 2.0 * m;
-  *exponent += e - 1;
+  const long long newExponent = *exponent + shift;
+  if (newExponent > INT_MAX || newExponent < INT_MIN) return;  // not representable: left as it was
+  *saf = s;
+  *exponent = static_cast<int>(newExponent);
 }
 
 namespace {

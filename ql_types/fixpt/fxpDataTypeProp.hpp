@@ -6,6 +6,7 @@
 // whatever it is given; validateFxpDTProp says whether the values are good.
 #pragma once
 
+#include <climits>
 #include <cmath>
 #include <cstdint>
 
@@ -37,8 +38,7 @@ class fxpDataTypeProp {
   // --- construction -----------------------------------------------------------------------
 
   /// Signed 16-bit fixed point with trivial scaling.
-  constexpr fxpDataTypeProp()
-      : fxpDataTypeProp(FXP_DT_FIXPT, 1u, 16, 1.0, 0, 0.0, FXP_DTO_DEFAULT) {}
+  constexpr fxpDataTypeProp() : fxpDataTypeProp(FXP_DT_FIXPT, 1u, 16, 1.0, 0, 0.0, FXP_DTO_DEFAULT) {}
   /// Mode, signedness, word length and override of other; scaling as given, not normalised.
   constexpr fxpDataTypeProp(const fxpDataTypeProp& other, double saf, int exponent, double bias)
       : DataTypeMode(other.DataTypeMode),
@@ -61,8 +61,8 @@ class fxpDataTypeProp {
   constexpr fxpDataTypeProp(fxpModeDataType mode, unsigned int signedness, unsigned int wordLength, double saf,
                             int exponent, double bias, fxpDataTypeDTOMode dto)
       : fxpDataTypeProp(mode, signedness, static_cast<int>(wordLength), saf, exponent, bias, dto) {}
-  constexpr fxpDataTypeProp(fxpModeDataType mode, bool isSigned, int wordLength, double saf, int exponent,
-                            double bias, fxpDataTypeDTOMode dto)
+  constexpr fxpDataTypeProp(fxpModeDataType mode, bool isSigned, int wordLength, double saf, int exponent, double bias,
+                            fxpDataTypeDTOMode dto)
       : fxpDataTypeProp(mode, isSigned ? 1u : 0u, wordLength, saf, exponent, bias, dto) {}
   constexpr fxpDataTypeProp(fxpModeDataType mode, bool isSigned, unsigned int wordLength, double saf, int exponent,
                             double bias, fxpDataTypeDTOMode dto)
@@ -106,13 +106,17 @@ class fxpDataTypeProp {
   constexpr double getSlopeAdjustmentFactor() const { return SlopeAdjustmentFactor; }
   constexpr double getBias() const { return Bias; }
   constexpr fxpDataTypeDTOMode getDataTypeOverride() const { return DataTypeOverride; }
-  constexpr int getFractionLength() const { return -FixedExponent; }
+  /// Derived lengths and powers are computed in 64 bits and saturate at the int limits, so a record holding
+  /// any field values gives a defined answer (e.g. the fraction length of exponent INT_MIN is INT_MAX).
+  constexpr int getFractionLength() const { return saturate(-static_cast<long long>(FixedExponent)); }
   double getTotalSlope() const { return std::ldexp(SlopeAdjustmentFactor, FixedExponent); }
-  constexpr int getWordLengthNonSign() const { return isSigned() ? WordLength - 1 : WordLength; }
+  constexpr int getWordLengthNonSign() const { return isSigned() ? saturate(WordLength - 1LL) : WordLength; }
   constexpr unsigned int getUWordLengthNonSign() const { return static_cast<unsigned int>(getWordLengthNonSign()); }
   /// Power of two of the most significant bit.
-  constexpr int getPow2WtMSBit() const { return WordLength - 1 + FixedExponent; }
-  constexpr int getPow2WtMSNonSignBit() const { return isSigned() ? getPow2WtMSBit() - 1 : getPow2WtMSBit(); }
+  constexpr int getPow2WtMSBit() const { return saturate(WordLength - 1LL + FixedExponent); }
+  constexpr int getPow2WtMSNonSignBit() const {
+    return saturate(WordLength - 1LL + FixedExponent - (isSigned() ? 1 : 0));
+  }
 
   // --- writing ----------------------------------------------------------------------------
 
@@ -123,11 +127,12 @@ class fxpDataTypeProp {
   void setSlopeAdjustmentFactor(double saf) { SlopeAdjustmentFactor = saf; }
   void setWordLength(int wordLength) { WordLength = wordLength; }
   void setWordLength(unsigned int wordLength) { WordLength = static_cast<int>(wordLength); }
-  void setFractionLength(int fractionLength) { FixedExponent = -fractionLength; }
+  /// The exponent is -fractionLength; a fraction length of INT_MIN gives the exponent INT_MAX.
+  void setFractionLength(int fractionLength) { FixedExponent = saturate(-static_cast<long long>(fractionLength)); }
   void setIsSigned(bool isSigned) { Signedness = isSigned ? 1u : 0u; }
   /// Binary-point scaling: factor 1, bias 0.
   void setScaling(int fractionLength) {
-    FixedExponent = -fractionLength;
+    setFractionLength(fractionLength);
     SlopeAdjustmentFactor = 1.0;
     Bias = 0.0;
   }
@@ -157,7 +162,7 @@ class fxpDataTypeProp {
   }
   void normalizeScaling() { normalizeScaling(&SlopeAdjustmentFactor, &FixedExponent); }
   /// Brings *saf into [1, 2) keeping *saf * 2^*exponent exactly; zero, negative, NaN and
-  /// infinite factors are left as they are.
+  /// infinite factors are left as they are, and so are both when the exponent would pass the int range.
   static void normalizeScaling(double* saf, int* exponent);
 
   // --- mode changes -----------------------------------------------------------------------
@@ -228,8 +233,8 @@ class fxpDataTypeProp {
   static bool preValidateTotalSlope(double totalSlope) { return std::isfinite(totalSlope) && totalSlope > 0.0; }
   static constexpr bool preValidateWordLength(int wordLength) { return wordLength > 0; }
   static constexpr bool preValidateWordLength(unsigned int wordLength) { return wordLength != 0; }
-  static bool preValidateCombo(fxpModeDataType mode, unsigned int signedness, int wordLength, double saf,
-                               int exponent, double bias);
+  static bool preValidateCombo(fxpModeDataType mode, unsigned int signedness, int wordLength, double saf, int exponent,
+                               double bias);
   static bool preValidateCombo(fxpModeDataType mode, unsigned int signedness, unsigned int wordLength, double saf,
                                int exponent, double bias);
   bool validateFxpDTProp() const {
@@ -237,6 +242,9 @@ class fxpDataTypeProp {
   }
 
  protected:
+  static constexpr int saturate(long long v) {
+    return v > INT_MAX ? INT_MAX : v < INT_MIN ? INT_MIN : static_cast<int>(v);
+  }
   constexpr bool isEqualIgnoreMode(const fxpDataTypeProp& o) const {
     return isEqualSignednessWordLength(o) && isEqualScaling(o);
   }

@@ -32,11 +32,13 @@ struct HashKey {
 };
 
 struct EqualKey {
-  // Deliberately without DataTypeOverride: the hash alone keeps overrides apart.
+  // Over the hash's fields and DataTypeOverride too, so that keys that compare equal hash equal, as the
+  // container requires. The hash is one-to-one in the override for fixed other fields, so overrides still
+  // keep entries apart exactly as the hash alone did. Factor and bias are 1.0 and 0.0 (or -0.0) here.
   bool operator()(const fxpDataTypeProp& a, const fxpDataTypeProp& b) const {
     return a.DataTypeMode == b.DataTypeMode && a.Signedness == b.Signedness && a.WordLength == b.WordLength &&
-           a.FixedExponent == b.FixedExponent && a.SlopeAdjustmentFactor == b.SlopeAdjustmentFactor &&
-           a.Bias == b.Bias;
+           a.FixedExponent == b.FixedExponent && a.DataTypeOverride == b.DataTypeOverride &&
+           a.SlopeAdjustmentFactor == b.SlopeAdjustmentFactor && a.Bias == b.Bias;
   }
 };
 

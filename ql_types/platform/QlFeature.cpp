@@ -10,8 +10,8 @@ std::map<std::string, QlFeature*>& registry() {
 }
 }  // namespace
 
-QlFeature::QlFeature(const char* name, const char* description, const char* sourceFile, const char* group,
-                     int number, int defaultValue, Callback callback)
+QlFeature::QlFeature(const char* name, const char* description, const char* sourceFile, const char* group, int number,
+                     int defaultValue, Callback callback)
     : name_(name ? name : ""),
       description_(description ? description : ""),
       sourceFile_(sourceFile ? sourceFile : ""),
@@ -29,12 +29,12 @@ QlFeature::~QlFeature() {
 }
 
 int QlFeature::getValue() const {
-  ++reads_;
-  return value_;
+  reads_.fetch_add(1, std::memory_order_relaxed);
+  return value_.load(std::memory_order_relaxed);
 }
 
 void QlFeature::setValue(int value) {
-  value_ = value;
+  value_.store(value, std::memory_order_relaxed);
   if (callback_) callback_(value);
 }
 

@@ -1,6 +1,7 @@
 // Features: named integer settings of the host, read and set at run time.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <string>
 #include <vector>
@@ -17,7 +18,8 @@ class QlFeature {
   QlFeature(const QlFeature&) = delete;
   QlFeature& operator=(const QlFeature&) = delete;
 
-  /// The current value; every read is counted.
+  /// The current value; every read is counted. Reads and sets may come from several threads (two models
+  /// compiled at once), so value and count are atomic; relaxed order is enough for a setting and a tally.
   int getValue() const;
   /// Sets the value (and calls the callback, if any).
   void setValue(int value);
@@ -25,7 +27,7 @@ class QlFeature {
   void reset();
   int getDefaultValue() const { return defaultValue_; }
   /// How many times getValue was called.
-  unsigned long getReadCount() const { return reads_; }
+  unsigned long getReadCount() const { return reads_.load(std::memory_order_relaxed); }
 
   const std::string& getName() const { return name_; }
   const std::string& getDescription() const { return description_; }
@@ -42,7 +44,7 @@ class QlFeature {
   std::string name_, description_, sourceFile_, group_;
   int number_;
   int defaultValue_;
-  int value_;
+  std::atomic<int> value_;
   Callback callback_;
-  mutable unsigned long reads_ = 0;
+  mutable std::atomic<unsigned long> reads_{0};
 };

@@ -4,6 +4,9 @@
 #include "ql_types/ql_types.hpp"
 
 int main() {
+  QLTypeSys::DataTypeTable table;
+  const int id = table.registerDataType("Speed", QLTypeSys::DataTypeSourceInternal, "");
+  if (table.getDataTypeId("Speed") != id || table.getDataTypeId("double") != 0) return 1;
   try {
     qlRaise(qlmsg::general::InvalidDataType, "bad-name");
   } catch (const fl::except::IException& e) {

@@ -3,8 +3,10 @@
 // independently of the reference model that the differential test trusts.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <ostream>
 #include <vector>
@@ -104,6 +106,29 @@ TEST(ConvertScalar, NaNGivesZeroForEveryIntegerModeAndFailsThePass) {
                                                         static_cast<fxpModeRounding_tag>(mode / 2), true));
         EXPECT_EQ(load(dst, out, 0), 0) << kTypes[src].name << " -> " << kTypes[dst].name << ", mode " << mode;
       }
+}
+
+// A complex destination of type boolean: the kernels to boolean ignore it and write one byte per element,
+// while boolean to boolean is the uint8 copy, which writes pairs like every copy does.
+TEST(ConvertFrame, BytesWrittenToAComplexBooleanDestination) {
+  constexpr unsigned kN = 5;
+  for (int src = kDouble; src <= kBoolean; ++src)
+    for (bool srcComplex : {false, true}) {
+      unsigned char in[2 * kN * 8] = {};
+      for (unsigned i = 0; i < 2 * kN; ++i) store(src, in, i, i % 3 == 0 ? 0 : 1);
+      unsigned char out[4 * kN];
+      std::fill(std::begin(out), std::end(out), 0xEE);
+      qlConvertBuiltInDTypeVectWithCheck(in, kN, src, srcComplex, out, kN, kBoolean, true, FXP_OVERFLOW_SATURATE,
+                                         FXP_ROUND_ZERO, false);
+      const unsigned written = src == kBoolean ? 2 * kN : kN;
+      for (unsigned i = 0; i < 4 * kN; ++i)
+        EXPECT_EQ(out[i] != 0xEE, i < written) << kTypes[src].name << (srcComplex ? " complex" : "") << " byte " << i;
+      if (src == kBoolean)  // pairs: the real part, then the imaginary part copied or zero
+        for (unsigned i = 0; i < kN; ++i) {
+          EXPECT_EQ(out[2 * i], in[srcComplex ? 2 * i : i]);
+          EXPECT_EQ(out[2 * i + 1], srcComplex ? in[2 * i + 1] : 0);
+        }
+    }
 }
 
 TEST(ConvertFrame, EmptySourceBroadcastsExceptToBoolean) {

@@ -1,6 +1,9 @@
 // Alias types: chains, forwarding, turning types into aliases, loops, storage and ancestors.
 #include <gtest/gtest.h>
 
+#include <climits>
+#include <string>
+
 #include "ql_types/datatypes/AliasDataType.hpp"
 #include "ql_types/datatypes/DataTypeTable.hpp"
 #include "support/ExpectRaises.hpp"
@@ -136,10 +139,22 @@ TEST_F(AliasChains, StorageIdIsSetOnce) {
   table.setDataTypeStorageId(t, 6);
   EXPECT_EQ(at(t).getStorageId(), 6);
   EXPECT_TRUE(at(t).getAliasedToLocked());
-  EXPECT_RAISES(table.setDataTypeStorageId(t, 7), kGeneral, "InconsistentDataTypeStorageId",
-                {"T", "uint32", "int32"});
+  EXPECT_RAISES(table.setDataTypeStorageId(t, 7), kGeneral, "InconsistentDataTypeStorageId", {"T", "uint32", "int32"});
   const int a = alias("A", 6);
   EXPECT_RAISES(table.setDataTypeStorageId(a, 6), kGeneral, "CannotSetDataTypeStorageIdOfAlias", {"A"});
+}
+
+// Ids with no entry are refused by number and never stored, so no later call reads through them.
+TEST_F(AliasChains, StorageIdWithNoEntryIsRefusedAndNotStored) {
+  const int t = plain("T");
+  for (int bad : {1000000, -2, -10, INT_MIN, INT_MAX, table.getNumDataTypes() - 1}) {
+    EXPECT_RAISES(table.setDataTypeStorageId(t, bad), kGeneral, "IllegalDataTypeToBeStorageId",
+                  {"T", std::to_string(bad)});
+    EXPECT_EQ(at(t).getStorageId(), t);
+    EXPECT_FALSE(at(t).getAliasedToLocked());
+  }
+  table.setDataTypeStorageId(t, -1);  // "auto" is an entry, and its own storage is -1
+  EXPECT_RAISES(table.setDataTypeStorageId(t, 6), kGeneral, "InconsistentDataTypeStorageId", {"T", "int32", "auto"});
 }
 
 TEST_F(AliasChains, CommonAncestor) {

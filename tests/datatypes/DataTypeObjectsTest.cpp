@@ -4,10 +4,12 @@
 #include <cstring>
 #include <functional>
 #include <sstream>
+#include <vector>
 
 #include "ql_types/datatypes/AliasDataType.hpp"
 #include "ql_types/datatypes/DataTypeTable.hpp"
 #include "ql_types/platform/HostArray.hpp"
+#include "support/AllocationFailure.hpp"
 #include "support/ExpectRaises.hpp"
 
 namespace {
@@ -35,9 +37,9 @@ struct Snapshot {
   const void *convert, *pos, *neg, *gt, *ge, *h2t, *t2h;
   bool operator==(const Snapshot& o) const {
     return size == o.size && propertiesSize == o.propertiesSize && targetSize == o.targetSize &&
-           defaultGround == o.defaultGround && locked == o.locked && ground == o.ground &&
-           properties == o.properties && convert == o.convert && pos == o.pos && neg == o.neg && gt == o.gt &&
-           ge == o.ge && h2t == o.h2t && t2h == o.t2h;
+           defaultGround == o.defaultGround && locked == o.locked && ground == o.ground && properties == o.properties &&
+           convert == o.convert && pos == o.pos && neg == o.neg && gt == o.gt && ge == o.ge && h2t == o.h2t &&
+           t2h == o.t2h;
   }
 };
 
@@ -80,28 +82,83 @@ std::vector<SetOnceCase> setOnceCases() {
   auto sized = [](DataType& t) { t.setSize(4); };
   auto propsSized = [](DataType& t) { t.setPropertiesSize(16); };
   return {
-      {"Size", none, [](DataType& t) { t.setSize(4); }, [](DataType& t) { t.setSize(2); }, "CannotModifyDataTypeSize",
-       {"T", "4"}, true},
-      {"Ground", sized, [](DataType& t) { t.setGround(&kA); }, [](DataType& t) { t.setGround(&kB); },
-       "CannotModifyDataTypeGroundRepresentation", {"T"}, true},
-      {"PropertiesSize", none, [](DataType& t) { t.setPropertiesSize(8); },
-       [](DataType& t) { t.setPropertiesSize(16); }, "CannotModifyDataTypePropertiesSize", {"T", "8", "16"}, true},
-      {"Properties", propsSized, [](DataType& t) { t.setProperties(kPropsA); },
-       [](DataType& t) { t.setProperties(kPropsB); }, "CannotModifyDataTypeProperties", {"T"}, true},
-      {"ConvertBetween", none, [](DataType& t) { t.setConvertBetweenFcn(convertA); },
-       [](DataType& t) { t.setConvertBetweenFcn(convertB); }, "InconsistentDataTypeConvertBetweenFcn", {"T"}, true},
-      {"IsPositive", none, [](DataType& t) { t.setIsPositiveFcn(signA); },
-       [](DataType& t) { t.setIsPositiveFcn(signB); }, "InconsistentDataTypeIsPositiveFcn", {"T"}, true},
-      {"IsNegative", none, [](DataType& t) { t.setIsNegativeFcn(signA); },
-       [](DataType& t) { t.setIsNegativeFcn(signB); }, "InconsistentDataTypeIsNegativeFcn", {"T"}, true},
-      {"GreaterThan", none, [](DataType& t) { t.setGreaterThanFcn(cmpA); },
-       [](DataType& t) { t.setGreaterThanFcn(cmpB); }, "InconsistentDataTypeGreaterThanFcn", {"T"}, true},
-      {"GreaterEqual", none, [](DataType& t) { t.setGreaterEqualFcn(cmpA); },
-       [](DataType& t) { t.setGreaterEqualFcn(cmpB); }, "InconsistentDataTypeGreaterEqualFcn", {"T"}, true},
-      {"HostToTarget", none, [](DataType& t) { t.setHostToTargetFcn(h2tA); },
-       [](DataType& t) { t.setHostToTargetFcn(h2tB); }, "InConsistentTargetToHostFcn", {}, false},
-      {"TargetToHost", none, [](DataType& t) { t.setTargetToHostFcn(t2hA); },
-       [](DataType& t) { t.setTargetToHostFcn(t2hB); }, "InConsistentTargetToHostFcn", {}, false},
+      {"Size",
+       none,
+       [](DataType& t) { t.setSize(4); },
+       [](DataType& t) { t.setSize(2); },
+       "CannotModifyDataTypeSize",
+       {"T", "4"},
+       true},
+      {"Ground",
+       sized,
+       [](DataType& t) { t.setGround(&kA); },
+       [](DataType& t) { t.setGround(&kB); },
+       "CannotModifyDataTypeGroundRepresentation",
+       {"T"},
+       true},
+      {"PropertiesSize",
+       none,
+       [](DataType& t) { t.setPropertiesSize(8); },
+       [](DataType& t) { t.setPropertiesSize(16); },
+       "CannotModifyDataTypePropertiesSize",
+       {"T", "8", "16"},
+       true},
+      {"Properties",
+       propsSized,
+       [](DataType& t) { t.setProperties(kPropsA); },
+       [](DataType& t) { t.setProperties(kPropsB); },
+       "CannotModifyDataTypeProperties",
+       {"T"},
+       true},
+      {"ConvertBetween",
+       none,
+       [](DataType& t) { t.setConvertBetweenFcn(convertA); },
+       [](DataType& t) { t.setConvertBetweenFcn(convertB); },
+       "InconsistentDataTypeConvertBetweenFcn",
+       {"T"},
+       true},
+      {"IsPositive",
+       none,
+       [](DataType& t) { t.setIsPositiveFcn(signA); },
+       [](DataType& t) { t.setIsPositiveFcn(signB); },
+       "InconsistentDataTypeIsPositiveFcn",
+       {"T"},
+       true},
+      {"IsNegative",
+       none,
+       [](DataType& t) { t.setIsNegativeFcn(signA); },
+       [](DataType& t) { t.setIsNegativeFcn(signB); },
+       "InconsistentDataTypeIsNegativeFcn",
+       {"T"},
+       true},
+      {"GreaterThan",
+       none,
+       [](DataType& t) { t.setGreaterThanFcn(cmpA); },
+       [](DataType& t) { t.setGreaterThanFcn(cmpB); },
+       "InconsistentDataTypeGreaterThanFcn",
+       {"T"},
+       true},
+      {"GreaterEqual",
+       none,
+       [](DataType& t) { t.setGreaterEqualFcn(cmpA); },
+       [](DataType& t) { t.setGreaterEqualFcn(cmpB); },
+       "InconsistentDataTypeGreaterEqualFcn",
+       {"T"},
+       true},
+      {"HostToTarget",
+       none,
+       [](DataType& t) { t.setHostToTargetFcn(h2tA); },
+       [](DataType& t) { t.setHostToTargetFcn(h2tB); },
+       "InConsistentTargetToHostFcn",
+       {},
+       false},
+      {"TargetToHost",
+       none,
+       [](DataType& t) { t.setTargetToHostFcn(t2hA); },
+       [](DataType& t) { t.setTargetToHostFcn(t2hB); },
+       "InConsistentTargetToHostFcn",
+       {},
+       false},
   };
 }
 
@@ -168,6 +225,31 @@ TEST_F(DataTypeObject, BooleanAloneMayChangeItsSize) {
   EXPECT_TRUE(b.getDefaultGround());
   for (int i = 0; i < 8; ++i) EXPECT_EQ(static_cast<const unsigned char*>(b.getGround())[i], 0);
   EXPECT_RAISES(table.getDataType(2)->setSize(4), kGeneral, "CannotModifyDataTypeSize", {"int8", "1"});
+}
+
+// Running out of memory at any allocation leaves size, ground and locks as they were.
+TEST_F(DataTypeObject, SetSizeOutOfMemoryChangesNothing) {
+  DataType& t = make("T");
+  DataType& b = *table.getDataType(8);  // boolean: the one type whose size may change, ground and all
+  b.setGround(&kA);
+  const std::vector<unsigned char> ground(static_cast<const unsigned char*>(b.getGround()),
+                                          static_cast<const unsigned char*>(b.getGround()) + 2);
+  const void* groundBefore = b.getGround();
+  qltest::forEveryAllocationFailure([&] { t.setSize(4); },
+                                    [&] {
+                                      EXPECT_EQ(t.getSize(), -1);
+                                      EXPECT_EQ(t.getGround(), nullptr);
+                                      EXPECT_FALSE(t.getAliasedToLocked());
+                                    });
+  EXPECT_EQ(t.getSize(), 4);
+  qltest::forEveryAllocationFailure([&] { b.setSize(3); },
+                                    [&] {
+                                      EXPECT_EQ(b.getSize(), 1);
+                                      EXPECT_EQ(b.getGround(), groundBefore);
+                                      EXPECT_EQ(std::memcmp(b.getGround(), ground.data(), 2), 0);
+                                      EXPECT_FALSE(b.getDefaultGround());
+                                    });
+  EXPECT_EQ(b.getSize(), 3);
 }
 
 TEST_F(DataTypeObject, PropertiesRules) {

@@ -1,11 +1,11 @@
 // The data type table: predefined rows, registration, callbacks, reset and classification.
 #include <gtest/gtest.h>
 
+#include <boost/make_shared.hpp>
+#include <climits>
 #include <cstring>
 #include <sstream>
 #include <stdexcept>
-
-#include <boost/make_shared.hpp>
 
 #include "ql_types/datatypes/DataTypeTable.hpp"
 #include "support/ExpectRaises.hpp"
@@ -44,9 +44,8 @@ TEST_P(PredefinedRows, FreshTableHasThem) {
   EXPECT_EQ(t->getDefaultGround(), r.id != 0 && r.id != 1);  // double and single are grounded explicitly
   if (r.id >= 0 && r.id <= 8) {
     EXPECT_EQ(t->getPropertiesSize(), static_cast<int>(sizeof(fxpDataTypeProp)));
-    EXPECT_EQ(std::memcmp(t->getProperties(), DataTypeTable::getBuiltinDataTypeProperties(r.id),
-                          sizeof(fxpDataTypeProp)),
-              0);
+    EXPECT_EQ(
+        std::memcmp(t->getProperties(), DataTypeTable::getBuiltinDataTypeProperties(r.id), sizeof(fxpDataTypeProp)), 0);
     EXPECT_EQ(DataTypeTable::getBuiltInDataTypeSize(r.id), r.size);
     EXPECT_STREQ(DataTypeTable::getNameOfBuiltInDataType(r.id), r.name);
     EXPECT_EQ(DataTypeTable::getBuiltInDataType(r.name), r.id);
@@ -141,8 +140,10 @@ INSTANTIATE_TEST_SUITE_P(
     Table, IntrinsicFixptNames,
     testing::Values(FixptName{"sfix16_En3", true, 16}, FixptName{"fltu32", true, 32}, FixptName{"sfix16", true, 16},
                     FixptName{"flts16", true, 16}, FixptName{"ufix1_S1p5_B2", true, 1}, FixptName{"sfix", false, 0},
-                    FixptName{"sfixed", false, 0}, FixptName{"sfix16_OBS", false, 0},
-                    FixptName{"sfix8sfcn", false, 0}, FixptName{"fltx16", false, 0}, FixptName{"int16x", false, 0}));
+                    FixptName{"sfixed", false, 0}, FixptName{"sfix16_OBS", false, 0}, FixptName{"sfix8sfcn", false, 0},
+                    FixptName{"fltx16", false, 0}, FixptName{"int16x", false, 0},
+                    FixptName{"sfix2147483647", true, INT_MAX}, FixptName{"ufix2147483648", false, 0},
+                    FixptName{"sfix99999999999_En3", false, 0}, FixptName{"flts00000000000000000016", true, 16}));
 
 TEST_F(Registration, FixptAtomicityFollowsTheIntegersAndLargeSizes) {
   table.getDataType(4)->setIsAtomic(true);
@@ -324,6 +325,31 @@ TEST(Replacement, ANameRegisteredAgainKeepsItsIdAndAliasesFollow) {
   EXPECT_EQ(table.getDataType(a)->getSize(), 2);
   EXPECT_EQ(table.getDataType(a)->getIdAliasedTo(), t);
   EXPECT_EQ(table.getDataType(t)->getStorageId(), t);
+}
+
+// The replacing entry takes the old id, so an alias of the name it replaces (directly or through other
+// aliases) would alias itself: refused, with the table exactly as it was.
+TEST(Replacement, AnAliasReachingTheNameItReplacesIsALoop) {
+  ReplacingTable table;
+  const int x = table.registerDataType("X", kClient, nullptr);
+  table.getDataType(x)->setSize(2);
+  const int a = table.registerAliasDataType("A", kClient, x, nullptr);
+  const int b = table.registerAliasDataType("B", kClient, a, nullptr);
+  std::ostringstream before;
+  table.print(before);
+  for (auto [target, shown] : {std::pair{x, "X"}, {a, "A"}, {b, "B"}}) {
+    EXPECT_RAISES(table.registerAliasDataType("X", kClient, target, nullptr), "QuillonTypes:general",
+                  "DataTypeAliasLoop", {"X", shown});
+    std::ostringstream after;
+    table.print(after);
+    EXPECT_EQ(after.str(), before.str());
+  }
+  EXPECT_EQ(table.getDataType(b)->getSize(), 2);
+  EXPECT_EQ(table.getDataTypeIdCommonAncestor(a, b), a);
+  // Replacing a name in the middle of the chain by an alias of something outside it is no loop.
+  EXPECT_EQ(table.registerAliasDataType("A", kClient, 6, nullptr), a);
+  EXPECT_EQ(table.getDataType(a)->getSize(), 4);
+  EXPECT_EQ(table.getDataType(b)->getIdAliasedTo(), a);
 }
 
 }  // namespace

@@ -42,8 +42,8 @@ int widthOf(const Field& f) {
 Built build(DataTypeTable& table, const Shape& shape, const std::string& prefix = "S") {
   Built b;
   for (std::size_t k = 0; k < shape.size(); ++k) {
-    const int id = table.registerStructDataType((prefix + std::to_string(k)).c_str(), static_cast<DataTypeSource>(2),
-                                                nullptr);
+    const int id =
+        table.registerStructDataType((prefix + std::to_string(k)).c_str(), static_cast<DataTypeSource>(2), nullptr);
     b.ids.push_back(id);
     auto* s = static_cast<StructDataType*>(table.getDataType(id));
     s->setNumElements(static_cast<int>(shape[k].size()));

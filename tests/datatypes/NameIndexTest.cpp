@@ -1,10 +1,9 @@
 // Lookup by name answers exactly as a scan in vector order would, whatever happened before.
 #include <gtest/gtest.h>
 
+#include <boost/make_shared.hpp>
 #include <random>
 #include <stdexcept>
-
-#include <boost/make_shared.hpp>
 
 #include "ql_types/datatypes/DataTypeTable.hpp"
 

@@ -1,6 +1,7 @@
 // Structure and bus types: elements, summary flags, bus limits, checksums.
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cmath>
 #include <limits>
 
@@ -77,6 +78,29 @@ TEST(StructTypes, EmptyStructure) {
   EXPECT_FALSE(DtGetDataTypeIsBus(&table, -1));
   EXPECT_FALSE(DtGetDataTypeIsBus(&table, 6));
   EXPECT_TRUE(table.IsStructType(s->getId()));
+}
+
+// Client dimensions whose product passes the int range give saturated widths and counts, never an overflow.
+TEST(StructTypes, HugeDimensionsSaturate) {
+  DataTypeTable table;
+  StructDataType* s = structAt(table, table.registerStructDataType("S", kClient, nullptr));
+  s->setNumElements(3);
+  const std::vector<std::vector<int>> dims = {{100000, 100000}, {-65536, 65536}, {3}};
+  for (int i = 0; i < 3; ++i) {
+    StructElement* e = s->getElements()[static_cast<std::size_t>(i)];
+    e->setDataTypeId(i == 0 ? 0 : 2);
+    e->setSignalType(i == 0 ? 1 : 0);
+    e->setOffset(0);
+    setDims(e, dims[static_cast<std::size_t>(i)]);
+  }
+  ImmediateElementAccess view(&table, s->getId());
+  EXPECT_EQ(view.getWidth(0), INT_MAX);
+  EXPECT_EQ(view.getComplexWidth(0), INT_MAX);
+  EXPECT_EQ(view.getWidth(1), INT_MIN);
+  EXPECT_EQ(view.getWidth(2), 3);
+  EXPECT_EQ(view.getRawElementIdx(1), INT_MAX);
+  EXPECT_EQ(view.getRawElementIdx(3), INT_MAX + INT_MIN + 3);  // each step saturates on its own
+  EXPECT_EQ(view.getPadding(0), -INT_MAX);                     // 0 - 0 - min(8 * INT_MAX, INT_MAX)
 }
 
 TEST(StructTypes, DependsOnListsElementTypesWithRepeats) {

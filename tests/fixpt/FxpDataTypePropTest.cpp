@@ -1,6 +1,8 @@
 // The fixed-point record: construction, normalisation, comparison and validation.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -115,6 +117,59 @@ TEST(FxpNormalizeScaling, KeepsTheProductExactlyForManyFactors) {
     check(saf, 0);
 }
 
+// Fields at the int limits: every derived length is the 64-bit result clamped to int, never an overflow.
+TEST(FxpDerived, FieldsAtTheIntLimitsSaturate) {
+  const int values[] = {INT_MIN, INT_MIN + 1, -1, 0, 1, INT_MAX - 1, INT_MAX};
+  auto clamp = [](long long v) {
+    return static_cast<int>(std::min<long long>(INT_MAX, std::max<long long>(INT_MIN, v)));
+  };
+  for (unsigned sign : {0u, 1u, 2u})
+    for (int wl : values)
+      for (int e : values) {
+        fxpDataTypeProp p(FXP_DT_FIXPT, sign, wl, 1.0, e, 0.0, FXP_DTO_DEFAULT);
+        const long long signBit = sign == 1u ? 1 : 0;
+        EXPECT_EQ(p.getFractionLength(), clamp(-static_cast<long long>(e)));
+        EXPECT_EQ(p.getWordLengthNonSign(), clamp(wl - signBit));
+        EXPECT_EQ(p.getPow2WtMSBit(), clamp(wl - 1LL + e));
+        EXPECT_EQ(p.getPow2WtMSNonSignBit(), clamp(wl - 1LL + e - signBit));
+        p.setScaling(e);
+        EXPECT_EQ(p.getFixedExponent(), clamp(-static_cast<long long>(e)));
+        p.setFractionLength(e);
+        EXPECT_EQ(p.getFixedExponent(), clamp(-static_cast<long long>(e)));
+      }
+}
+
+// Normalising must not move the exponent past the int range: then factor and exponent stay as they were.
+TEST(FxpNormalizeScaling, ExponentAtTheIntLimits) {
+  struct Case {
+    double saf;
+    int exponent;
+    double wantSaf;
+    int wantExponent;
+  };
+  const Case cases[] = {
+      {3.0, INT_MAX, 3.0, INT_MAX},
+      {3.0, INT_MAX - 1, 1.5, INT_MAX},
+      {0.75, INT_MIN, 0.75, INT_MIN},
+      {0.75, INT_MIN + 1, 1.5, INT_MIN},
+      {0x1p-1074, INT_MIN, 0x1p-1074, INT_MIN},
+      {0x1p-1074, 0, 1.0, -1074},
+      {0x1p1000, INT_MAX - 999, 0x1p1000, INT_MAX - 999},
+      {0x1p1000, INT_MAX - 1000, 1.0, INT_MAX},
+  };
+  for (const Case& c : cases) {
+    double saf = c.saf;
+    int e = c.exponent;
+    fxpDataTypeProp::normalizeScaling(&saf, &e);
+    EXPECT_EQ(saf, c.wantSaf) << c.saf << " " << c.exponent;
+    EXPECT_EQ(e, c.wantExponent) << c.saf << " " << c.exponent;
+    fxpDataTypeProp p;
+    p.setScaling(c.saf, c.exponent, 2.0);
+    EXPECT_EQ(p.getSlopeAdjustmentFactor(), c.wantSaf);
+    EXPECT_EQ(p.getFixedExponent(), c.wantExponent);
+  }
+}
+
 TEST(FxpTotalSlope, SplitsWithFrexpIncludingZeroAndNegatives) {
   fxpDataTypeProp p;
   p.setTotalSlope(0.0);
@@ -208,25 +263,21 @@ class FxpCombo : public testing::TestWithParam<ComboCase> {};
 
 TEST_P(FxpCombo, ByMode) {
   const ComboCase c = GetParam();
-  EXPECT_EQ(fxpDataTypeProp::preValidateCombo(c.mode, c.signedness, c.wordLength, c.saf, c.exponent, c.bias),
-            c.valid);
+  EXPECT_EQ(fxpDataTypeProp::preValidateCombo(c.mode, c.signedness, c.wordLength, c.saf, c.exponent, c.bias), c.valid);
   const fxpDataTypeProp p(c.mode, c.signedness, c.wordLength, c.saf, c.exponent, c.bias, FXP_DTO_DEFAULT);
   EXPECT_EQ(p.validateFxpDTProp(), c.valid);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Table, FxpCombo,
-    testing::Values(ComboCase{FXP_DT_FIXPT, 7, 100000, 1.5, 5000, -3.0, true},  // few limits, on purpose
-                    ComboCase{FXP_DT_FIXPT, 1, 0, 1.0, 0, 0.0, false},
-                    ComboCase{FXP_DT_SCALED_DOUBLE, 0, 8, 2.0, 0, 0.0, false},
-                    ComboCase{FXP_DT_SCALED_DOUBLE, 0, 8, 1.0, 0, kNaN, false},
-                    ComboCase{FXP_DT_DOUBLE, 1, 64, 1.0, 0, 0.0, true},
-                    ComboCase{FXP_DT_DOUBLE, 1, 64, 1.0, 1, 0.0, false},
-                    ComboCase{FXP_DT_SINGLE, 1, 32, 1.0, 0, 0.0, true},
-                    ComboCase{FXP_DT_SINGLE, 0, 32, 1.0, 0, 0.0, false},
-                    ComboCase{FXP_DT_BOOLEAN, 0, 8, 1.0, 0, 0.0, true},
-                    ComboCase{FXP_DT_BOOLEAN, 0, 8, 1.0, 0, 1.0, false},
-                    ComboCase{static_cast<fxpModeDataType>(5), 0, 8, 1.0, 0, 0.0, false}));
+    testing::Values(
+        ComboCase{FXP_DT_FIXPT, 7, 100000, 1.5, 5000, -3.0, true},  // few limits, on purpose
+        ComboCase{FXP_DT_FIXPT, 1, 0, 1.0, 0, 0.0, false}, ComboCase{FXP_DT_SCALED_DOUBLE, 0, 8, 2.0, 0, 0.0, false},
+        ComboCase{FXP_DT_SCALED_DOUBLE, 0, 8, 1.0, 0, kNaN, false}, ComboCase{FXP_DT_DOUBLE, 1, 64, 1.0, 0, 0.0, true},
+        ComboCase{FXP_DT_DOUBLE, 1, 64, 1.0, 1, 0.0, false}, ComboCase{FXP_DT_SINGLE, 1, 32, 1.0, 0, 0.0, true},
+        ComboCase{FXP_DT_SINGLE, 0, 32, 1.0, 0, 0.0, false}, ComboCase{FXP_DT_BOOLEAN, 0, 8, 1.0, 0, 0.0, true},
+        ComboCase{FXP_DT_BOOLEAN, 0, 8, 1.0, 0, 1.0, false},
+        ComboCase{static_cast<fxpModeDataType>(5), 0, 8, 1.0, 0, 0.0, false}));
 
 TEST(FxpPredicates, Modes) {
   fxpDataTypeProp p;

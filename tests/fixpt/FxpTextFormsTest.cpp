@@ -3,6 +3,9 @@
 
 #include <cmath>
 #include <limits>
+#include <map>
+#include <set>
+#include <tuple>
 
 #include "ql_types/datatypes/DataTypeTable.hpp"
 #include "ql_types/fixpt/fxpDataTypeText.hpp"
@@ -13,8 +16,8 @@ namespace {
 using FxpDT::baseCtorPrefer;
 using FxpDT::scalingRepPrefer;
 
-fxpDataTypeProp fixpt(unsigned sign, int wl, double saf, int exponent, double bias,
-                      fxpModeDataType mode = FXP_DT_FIXPT, fxpDataTypeDTOMode dto = FXP_DTO_DEFAULT) {
+fxpDataTypeProp fixpt(unsigned sign, int wl, double saf, int exponent, double bias, fxpModeDataType mode = FXP_DT_FIXPT,
+                      fxpDataTypeDTOMode dto = FXP_DTO_DEFAULT) {
   return fxpDataTypeProp(mode, sign, wl, saf, exponent, bias, dto);
 }
 
@@ -38,23 +41,22 @@ TEST_P(FxpConstructorText, Writes) {
 
 INSTANTIATE_TEST_SUITE_P(
     Table, FxpConstructorText,
-    testing::Values(
-        CtorCase{fixpt(1, 16, 1.0, -3, 0.0), 1, 0, "fixdt(1,16,3)"},
-        CtorCase{fixpt(0, 8, 1.0, 0, 0.0), 0, 0, "numerictype(0,8,0)"},
-        CtorCase{fixpt(1, 16, 1.0, -3, 0.0), 1, 2, "fixdt(1,16)"},
-        CtorCase{fixpt(1, 16, 1.0, -3, 0.0, FXP_DT_SCALED_DOUBLE), 1, 0,
-                 "numerictype(1,16,3,'DataType','ScaledDouble')"},
-        CtorCase{fxpDataTypeProp::doubleDataType(), 1, 0, "fixdt('double')"},
-        CtorCase{fixpt(0, 8, 1.0, 0, 0.0, FXP_DT_BOOLEAN, FXP_DTO_OFF), 0, 0, "numerictype('boolean')"},
-        CtorCase{fixpt(1, 32, 1.0, 0, 0.0, FXP_DT_SINGLE, FXP_DTO_OFF), 1, 0,
-                 "fixdt('single','DataTypeOverride','Off')"},
-        CtorCase{fixpt(2, 16, 1.0, -3, 0.0), 1, 0, "fixdt([],16,3)"},
-        CtorCase{fixpt(1, 16, 1.5, -2, 2.5), 1, 0, "fixdt(1,16,0.375,2.5)"},  // bias forces the slope form
-        CtorCase{fixpt(1, 16, 1.0, -3, 0.0), 1, 1, "fixdt(1,16,0.125,0)"},    // bias written even when 0
-        CtorCase{fixpt(1, 16, 1.5, 1024, 0.0), 1, 1, "fixdt(1,16,1.5,1024,0)"},
-        CtorCase{fixpt(1, 16, 1.5, 1023, 0.0), 1, 1, "fixdt(1,16,1.348269851146737e+308,0)"},
-        CtorCase{fixpt(1, 16, 1.0, 0, 0.0, static_cast<fxpModeDataType>(9), FXP_DTO_OFF), 1, 0,
-                 "fixdt('boolean','DataTypeOverride','Off')"}));
+    testing::Values(CtorCase{fixpt(1, 16, 1.0, -3, 0.0), 1, 0, "fixdt(1,16,3)"},
+                    CtorCase{fixpt(0, 8, 1.0, 0, 0.0), 0, 0, "numerictype(0,8,0)"},
+                    CtorCase{fixpt(1, 16, 1.0, -3, 0.0), 1, 2, "fixdt(1,16)"},
+                    CtorCase{fixpt(1, 16, 1.0, -3, 0.0, FXP_DT_SCALED_DOUBLE), 1, 0,
+                             "numerictype(1,16,3,'DataType','ScaledDouble')"},
+                    CtorCase{fxpDataTypeProp::doubleDataType(), 1, 0, "fixdt('double')"},
+                    CtorCase{fixpt(0, 8, 1.0, 0, 0.0, FXP_DT_BOOLEAN, FXP_DTO_OFF), 0, 0, "numerictype('boolean')"},
+                    CtorCase{fixpt(1, 32, 1.0, 0, 0.0, FXP_DT_SINGLE, FXP_DTO_OFF), 1, 0,
+                             "fixdt('single','DataTypeOverride','Off')"},
+                    CtorCase{fixpt(2, 16, 1.0, -3, 0.0), 1, 0, "fixdt([],16,3)"},
+                    CtorCase{fixpt(1, 16, 1.5, -2, 2.5), 1, 0, "fixdt(1,16,0.375,2.5)"},  // bias forces the slope form
+                    CtorCase{fixpt(1, 16, 1.0, -3, 0.0), 1, 1, "fixdt(1,16,0.125,0)"},    // bias written even when 0
+                    CtorCase{fixpt(1, 16, 1.5, 1024, 0.0), 1, 1, "fixdt(1,16,1.5,1024,0)"},
+                    CtorCase{fixpt(1, 16, 1.5, 1023, 0.0), 1, 1, "fixdt(1,16,1.348269851146737e+308,0)"},
+                    CtorCase{fixpt(1, 16, 1.0, 0, 0.0, static_cast<fxpModeDataType>(9), FXP_DTO_OFF), 1, 0,
+                             "fixdt('boolean','DataTypeOverride','Off')"}));
 
 struct IdentCase {
   fxpDataTypeProp prop;
@@ -67,20 +69,18 @@ TEST_P(FxpIdentifierText, Writes) { EXPECT_EQ(ident(GetParam().prop), GetParam()
 
 INSTANTIATE_TEST_SUITE_P(
     Table, FxpIdentifierText,
-    testing::Values(IdentCase{fixpt(1, 16, 1.0, -3, 0.0), "sfix16_En3"}, IdentCase{fixpt(0, 12, 1.0, 0, 0.0), "ufix12"},
-                    IdentCase{fixpt(1, 16, 1.0, 0, 0.0, FXP_DT_SCALED_DOUBLE), "flts16"},
-                    IdentCase{fixpt(1, 16, 1.5, 0, 2.5), "sfix16_S1p5_B2p5"},
-                    IdentCase{fixpt(1, 32, 1.5, 2000, 0.0), "sfix32_F1p5_E2000"},
-                    IdentCase{fixpt(1, 64, 1.0, 0, 0.0), "sfix64"}, IdentCase{fixpt(0, 64, 1.0, 0, 0.0), "ufix64"},
-                    IdentCase{fixpt(1, 8, 1.0, 1, 0.0), "sfix8_E1"}, IdentCase{fixpt(1, 8, 1.0, 0, 0.0), "int8"},
-                    IdentCase{fixpt(2, 32, 1.0, 0, 0.0), "uint32"}, IdentCase{fixpt(1, 16, 0.5, 1, 0.0), "sfix16"},
-                    IdentCase{fixpt(2, 16, 1.0, -3, 0.0), "ufix16_En3"},
-                    IdentCase{fixpt(1, 16, 1.0, -2000, 0.0), "sfix16_En2000"},
-                    IdentCase{fixpt(1, 16, 1.0, 0, -0.5), "sfix16_Bnp5"},
-                    IdentCase{fixpt(1, 16, 1.0, 0, 0.5), "sfix16_Bp5"},
-                    IdentCase{fixpt(1, 16, 1.0, 0, 1e-05), "sfix16_B1en05"},
-                    IdentCase{fxpDataTypeProp::singleDataType(), "single"},
-                    IdentCase{fixpt(0, 8, 1.0, 0, 0.0, static_cast<fxpModeDataType>(7)), "boolean"}));
+    testing::Values(
+        IdentCase{fixpt(1, 16, 1.0, -3, 0.0), "sfix16_En3"}, IdentCase{fixpt(0, 12, 1.0, 0, 0.0), "ufix12"},
+        IdentCase{fixpt(1, 16, 1.0, 0, 0.0, FXP_DT_SCALED_DOUBLE), "flts16"},
+        IdentCase{fixpt(1, 16, 1.5, 0, 2.5), "sfix16_S1p5_B2p5"},
+        IdentCase{fixpt(1, 32, 1.5, 2000, 0.0), "sfix32_F1p5_E2000"}, IdentCase{fixpt(1, 64, 1.0, 0, 0.0), "sfix64"},
+        IdentCase{fixpt(0, 64, 1.0, 0, 0.0), "ufix64"}, IdentCase{fixpt(1, 8, 1.0, 1, 0.0), "sfix8_E1"},
+        IdentCase{fixpt(1, 8, 1.0, 0, 0.0), "int8"}, IdentCase{fixpt(2, 32, 1.0, 0, 0.0), "uint32"},
+        IdentCase{fixpt(1, 16, 0.5, 1, 0.0), "sfix16"}, IdentCase{fixpt(2, 16, 1.0, -3, 0.0), "ufix16_En3"},
+        IdentCase{fixpt(1, 16, 1.0, -2000, 0.0), "sfix16_En2000"}, IdentCase{fixpt(1, 16, 1.0, 0, -0.5), "sfix16_Bnp5"},
+        IdentCase{fixpt(1, 16, 1.0, 0, 0.5), "sfix16_Bp5"}, IdentCase{fixpt(1, 16, 1.0, 0, 1e-05), "sfix16_B1en05"},
+        IdentCase{fxpDataTypeProp::singleDataType(), "single"},
+        IdentCase{fixpt(0, 8, 1.0, 0, 0.0, static_cast<fxpModeDataType>(7)), "boolean"}));
 
 TEST(FxpTextCache, SamePointerStableTextAndSharedSlots) {
   const fxpDataTypeProp p = fixpt(1, 16, 1.0, -3, 0.0);
@@ -108,6 +108,27 @@ TEST(FxpTextCache, OverrideSeparatesEntries) {
   const fxpDataTypeProp offB = fixpt(1, 20, 1.5, -5, 1.0, FXP_DT_FIXPT, FXP_DTO_OFF);
   EXPECT_EQ(ctor(onB, 1, 0), "fixdt(1,20,0.046875,1)");
   EXPECT_EQ(ctor(offB, 1, 0), "fixdt(1,20,0.046875,1,'DataTypeOverride','Off')");
+}
+
+// Over records with unit factor and zero bias (the hashed ones): one entry exactly per distinct record,
+// overrides included, and -0.0 bias the same entry as 0.0.
+TEST(FxpTextCache, HashedEntriesAreOnePerDistinctRecord) {
+  std::map<std::tuple<int, unsigned, int, int, unsigned>, const std::string*> seen;
+  for (int mode : {0, 1, 2})
+    for (unsigned sign : {0u, 1u})
+      for (int wl : {8, 16, 33})
+        for (int e : {-3, 0, 40})
+          for (unsigned dto : {0u, 1u, 2u, 0x9E3779B9u})
+            for (double bias : {0.0, -0.0}) {
+              const fxpDataTypeProp p = fixpt(sign, wl, 1.0, e, bias, static_cast<fxpModeDataType>(mode),
+                                              static_cast<fxpDataTypeDTOMode>(dto));
+              const std::string* text = fxpDataTypeToIdentifierString(&p);
+              auto [it, fresh] = seen.try_emplace({mode, sign, wl, e, dto}, text);
+              EXPECT_EQ(it->second, text);
+            }
+  std::set<const std::string*> distinct;
+  for (const auto& kv : seen) distinct.insert(kv.second);
+  EXPECT_EQ(distinct.size(), seen.size());
 }
 
 TEST(FxpTextCache, NaNBiasRecordsGetTheirOwnEntry) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <thread>
 
 #include "ql_types/platform/HostArray.hpp"
 #include "ql_types/platform/Memory.hpp"
@@ -65,9 +66,8 @@ TEST(HostFunctions, RegisteredFunctionIsCalledAndUnknownNameGivesADiagnostic) {
 }
 
 TEST(HostFunctions, ThrowingFunctionBecomesItsDiagnostic) {
-  qlsvRegisterHostFunction("fails", [](int, qxArray_tag**, int, qxArray_tag**) {
-    qlRaise(qlmsg::general::InvalidDataType, "E");
-  });
+  qlsvRegisterHostFunction(
+      "fails", [](int, qxArray_tag**, int, qxArray_tag**) { qlRaise(qlmsg::general::InvalidDataType, "E"); });
   qlsvRegisterHostFunction("std", [](int, qxArray_tag**, int, qxArray_tag**) { throw std::runtime_error("boom"); });
   qlsvDiagnostic d = qlsvFEVAL_NoThrow(0, nullptr, 0, nullptr, "fails", true, nullptr);
   ASSERT_NE(d, nullptr);
@@ -94,6 +94,19 @@ TEST(Features, ValueDefaultReadCountAndRegistry) {
   EXPECT_EQ(f.getValue(), 2);
   EXPECT_EQ(f.getNumber(), 11111);
   EXPECT_EQ(f.getGroup(), "Tests");
+}
+
+// Two models compiled on two threads read the same feature: no read may be lost from the count.
+TEST(Features, ReadsFromTwoThreadsAreAllCounted) {
+  QlFeature f("SharedFeature", "", "", "", 0, 7);
+  constexpr unsigned long kReads = 200000;
+  auto reader = [&f] {
+    for (unsigned long i = 0; i < kReads; ++i) ASSERT_EQ(f.getValue(), 7);
+  };
+  std::thread a(reader), b(reader);
+  a.join();
+  b.join();
+  EXPECT_EQ(f.getReadCount(), 2 * kReads);
 }
 
 TEST(Features, UnregisteredAtDestruction) {

@@ -1,6 +1,6 @@
-// The nine built-in numeric types of the conversion layer, listed once. The kernel matrix, the
-// kernels' limits and word sizes, and the thresholds of overflow detection are all derived from
-// this list, so a type's id, buffer element and range cannot disagree between tables.
+// The conversion layer's view of the nine built-in types: compile-time traits by id, derived from the
+// one list of the data type half. The kernel matrix, the kernels' limits and word sizes, and the
+// thresholds of overflow detection all come from here.
 #pragma once
 
 #include <array>
@@ -10,34 +10,24 @@
 #include <type_traits>
 #include <utility>
 
+#include "ql_types/datatypes/BuiltinTypes.hpp"
+
 namespace QLTypeSys::detail {
 
-// id, name, element type as it lies in a buffer. boolean is one byte.
-#define QL_BUILTIN_TYPES(X)   \
-  X(0, Double, double)        \
-  X(1, Single, float)         \
-  X(2, Int8, std::int8_t)     \
-  X(3, Uint8, std::uint8_t)   \
-  X(4, Int16, std::int16_t)   \
-  X(5, Uint16, std::uint16_t) \
-  X(6, Int32, std::int32_t)   \
-  X(7, Uint32, std::uint32_t) \
-  X(8, Boolean, std::uint8_t)
-
 enum BuiltinId : int {
-#define QL_BUILTIN_ID(id, name, element) k##name = id,
+#define QL_BUILTIN_ID(id, name, element, text, hostClass) k##name = id,
   QL_BUILTIN_TYPES(QL_BUILTIN_ID)
 #undef QL_BUILTIN_ID
 };
 
-inline constexpr int kBuiltinCount = 9;
+inline constexpr int kBuiltinCount = kNumBuiltinTypes;
 
 template <int Id>
 struct BuiltinElement;
-#define QL_BUILTIN_ELEMENT(id, name, element_) \
-  template <>                                  \
-  struct BuiltinElement<id> {                  \
-    using type = element_;                     \
+#define QL_BUILTIN_ELEMENT(id, name, element_, text, hostClass) \
+  template <>                                                   \
+  struct BuiltinElement<id> {                                   \
+    using type = element_;                                      \
   };
 QL_BUILTIN_TYPES(QL_BUILTIN_ELEMENT)
 #undef QL_BUILTIN_ELEMENT
@@ -48,7 +38,7 @@ struct Builtin {
   using element = typename BuiltinElement<Id>::type;
   static constexpr int id = Id;
   static constexpr bool isFloat = std::is_floating_point_v<element>;
-  static constexpr bool isBoolean = Id == kBoolean;
+  static constexpr bool isBoolean = kBuiltinTypes[Id].isBoolean;
   /// Word size W in bits.
   static constexpr int bits = 8 * static_cast<int>(sizeof(element));
   /// The limits m and M; for the float types they are only used as bounds of no interest.
@@ -74,8 +64,8 @@ inline constexpr std::array<BuiltinRange, kBuiltinCount> kBuiltinRanges =
 template <class Result, class Fn>
 Result visitBuiltin(int id, Result fallback, Fn&& fn) {
   switch (id) {
-#define QL_BUILTIN_CASE(id_, name, element) \
-  case id_:                                 \
+#define QL_BUILTIN_CASE(id_, name, element, text, hostClass) \
+  case id_:                                                  \
     return fn(std::integral_constant<int, id_>{});
     QL_BUILTIN_TYPES(QL_BUILTIN_CASE)
 #undef QL_BUILTIN_CASE

@@ -154,7 +154,9 @@ inline typename Builtin<DstId>::element convertElement(typename Builtin<SrcId>::
     if constexpr (SrcId == kUint32 && DstId == kSingle) {
       return static_cast<float>(static_cast<double>(s));  // exact in double, one rounding to single
     } else {
-      return static_cast<D>(s);  // IEEE conversion; exact except double to single and int32 to single
+      // IEEE conversion; exact except double to single and int32 to single. A double past single's range
+      // becomes an infinity, the IEEE result that GCC and Clang define (only casts to integers are checked).
+      return static_cast<D>(s);
     }
   } else if constexpr (Src::isFloat) {
     if constexpr (O == FXP_OVERFLOW_WRAP) {

@@ -1,11 +1,16 @@
 // The value functions of the built-in types: one shared convert function that runs the
 // conversion kernel with saturation and rounding toward zero, and four compare functions per
 // type. All of them ignore their extra argument and succeed.
+//
+// The data type table declares what its built-in rows carry; the conversion layer supplies it here,
+// since the convert function runs the kernel matrix. So includes run from convert to datatypes only.
 #include "ql_types/datatypes/internal/BuiltinValueFunctions.hpp"
 
 #include <cstdint>
+#include <type_traits>
 
 #include "ql_types/convert/BuiltinConversion.hpp"
+#include "ql_types/datatypes/BuiltinTypes.hpp"
 #include "ql_types/datatypes/DataTypeTable.hpp"
 
 namespace QLTypeSys {
@@ -22,7 +27,7 @@ int convertBetweenBuiltIn(_qlDataTypeAccess_tag* access, const char*, int dstId,
     return thru == -1 ? 0 : thru;
   };
   const int d = builtIn(dstId), s = builtIn(srcId);
-  if (d < 0 || d > 8 || s < 0 || s > 8 || n < 0) return 0;
+  if (!isBuiltinTypeId(d) || !isBuiltinTypeId(s) || n < 0) return 0;
   const builtinConvFcn kernel = utGetQlBuiltinDtypeConvFcn(s, d, FXP_OVERFLOW_SATURATE, FXP_ROUND_ZERO);
   const auto count = static_cast<unsigned int>(n);
   kernel(src, dst, count, count, false, false, true, s, d, FXP_OVERFLOW_SATURATE, FXP_ROUND_ZERO);
@@ -112,17 +117,21 @@ constexpr BuiltinValueFunctions functionsOf() {
   return {convertBetweenBuiltIn, C::isPositive, C::isNegative, C::greaterThan, C::greaterEqual};
 }
 
+// The compare functions of an element type; "double", the hot type, has its own.
+template <class E>
+struct CompareOf {
+  using type = Compare<E, std::is_unsigned_v<E>>;
+};
+template <>
+struct CompareOf<double> {
+  using type = CompareDouble;
+};
+
 // In id order; "boolean" compares as an unsigned byte.
-constexpr BuiltinValueFunctions kFunctions[9] = {
-    functionsOf<CompareDouble>(),
-    functionsOf<Compare<float, false>>(),
-    functionsOf<Compare<std::int8_t, false>>(),
-    functionsOf<Compare<std::uint8_t, true>>(),
-    functionsOf<Compare<std::int16_t, false>>(),
-    functionsOf<Compare<std::uint16_t, true>>(),
-    functionsOf<Compare<std::int32_t, false>>(),
-    functionsOf<Compare<std::uint32_t, true>>(),
-    functionsOf<Compare<std::uint8_t, true>>(),
+constexpr BuiltinValueFunctions kFunctions[kNumBuiltinTypes] = {
+#define QL_BUILTIN_FUNCTIONS(id, Name, element, text, hostClass) functionsOf<CompareOf<element>::type>(),
+    QL_BUILTIN_TYPES(QL_BUILTIN_FUNCTIONS)
+#undef QL_BUILTIN_FUNCTIONS
 };
 
 }  // namespace
