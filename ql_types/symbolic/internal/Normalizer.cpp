@@ -147,9 +147,9 @@ bool Normalizer::stepChainPoly(unsigned index, std::vector<Task>& todo) {
       bool ready = true;
       for (const auto& leaf : leaves) ready = need(leaf.first, Want::Poly, todo) && ready;
       if (!ready) return false;
-      // Every part's polynomial has at most kMaxTerms terms, and so has every product; a sum may have
-      // more, but no more than it has parts. So no polynomial is longer than the text it comes from,
-      // and a nest of n levels costs at most n times kMaxTerms.
+      // A sum may have more than kMaxTerms terms, but no more than it has parts, and a product more only
+      // where one long factor is multiplied by single terms. So no polynomial is longer than the text it
+      // comes from, and a nest of n levels costs at most n times kMaxTerms.
       Poly p;
       bool ok = true;
       if (chain == ChainKind::Sum) {
@@ -158,12 +158,8 @@ bool Normalizer::stepChainPoly(unsigned index, std::vector<Task>& todo) {
       } else {
         std::vector<std::pair<const Poly*, std::int64_t>> factors;
         factors.reserve(leaves.size());
-        for (const auto& [leaf, m] : leaves) {
-          const Poly& f = polys_.at(leaf);
-          ok = ok && f.size() <= kMaxTerms;
-          factors.emplace_back(&f, m);
-        }
-        ok = ok && product(factors, p) && p.size() <= kMaxTerms;
+        for (const auto& [leaf, m] : leaves) factors.emplace_back(&polys_.at(leaf), m);
+        ok = product(factors, p);
       }
       if (ok) {
         polys_.emplace(index, std::move(p));
