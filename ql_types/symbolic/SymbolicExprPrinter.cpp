@@ -133,7 +133,7 @@ class Writer {
         out += '-';
         // "-5" reads back as the integer -5, so the negation of a plain integer keeps its parentheses.
         const bool plainInteger = SymbolicIntValue::isa(a) && static_cast<const SymbolicIntValue&>(a).getValue() >= 0;
-        operand(a, plainInteger || levelOf(a) < kUnary);
+        next(a, plainInteger || levelOf(a) < kUnary);
         return;
       }
       default: {
@@ -142,7 +142,7 @@ class Writer {
         const SymbolicExpr& r = table_.get(e.getOperand(1));
         operand(r, levelOf(r) <= level);
         pending_.push_back(Piece{nullptr, operatorOf(e.getKind())});
-        operand(l, levelOf(l) < level);
+        next(l, levelOf(l) < level);
         return;
       }
     }
@@ -205,6 +205,15 @@ class Writer {
       len[i] = n;
     }
     return len.at(root.getIndex());
+  }
+
+  // The operand written next: a bare name or integer goes straight out, anything else on the stack.
+  void next(const SymbolicExpr& e, bool parenthesise) {
+    const SymbolicExprKind kind = e.getKind();
+    if (!parenthesise && (kind == SymbolicExprKind::IntValue || kind == SymbolicExprKind::String))
+      writeOne(e);
+    else
+      operand(e, parenthesise);
   }
 
   void operand(const SymbolicExpr& e, bool parenthesise) {

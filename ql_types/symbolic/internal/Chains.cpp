@@ -2,7 +2,6 @@
 #include "ql_types/symbolic/internal/Chains.hpp"
 
 #include <algorithm>
-#include <unordered_map>
 #include <unordered_set>
 
 #include "ql_types/symbolic/SymbolicExprTable.hpp"
@@ -38,7 +37,19 @@ void chainNodes(const SymbolicExprTable& table, unsigned root, ChainKind chain, 
                 std::vector<unsigned>& leaves) {
   nodes.clear();
   leaves.clear();
-  std::unordered_set<unsigned> seen{root};
+  // Most chains are short: a linear search beats a hash set until they are not.
+  constexpr std::size_t kSmall = 32;
+  std::vector<unsigned> seenSmall{root};
+  std::unordered_set<unsigned> seen;
+  auto firstTime = [&](unsigned i) {
+    if (seen.empty()) {
+      if (std::find(seenSmall.begin(), seenSmall.end(), i) != seenSmall.end()) return false;
+      seenSmall.push_back(i);
+      if (seenSmall.size() > kSmall) seen.insert(seenSmall.begin(), seenSmall.end());
+      return true;
+    }
+    return seen.insert(i).second;
+  };
   std::vector<unsigned> stack{root};
   while (!stack.empty()) {
     const unsigned i = stack.back();
@@ -47,7 +58,7 @@ void chainNodes(const SymbolicExprTable& table, unsigned root, ChainKind chain, 
     const SymbolicExpr& e = table.get(i);
     for (unsigned k = 0, n = e.getNumOperands(); k < n; ++k) {
       const unsigned op = e.getOperand(k);
-      if (!seen.insert(op).second) continue;
+      if (!firstTime(op)) continue;
       if (inChain(table, op, chain))
         stack.push_back(op);
       else
@@ -58,23 +69,56 @@ void chainNodes(const SymbolicExprTable& table, unsigned root, ChainKind chain, 
   std::sort(leaves.begin(), leaves.end());
 }
 
+namespace {
+
+// The common chain of one node, a op b or -a, without the general walk.
+bool oneNodeLeaves(const SymbolicExprTable& table, const SymbolicExpr& e, ChainKind chain, Leaves& leaves) {
+  const unsigned n = e.getNumOperands();
+  for (unsigned k = 0; k < n; ++k)
+    if (inChain(table, e.getOperand(k), chain)) return false;
+  leaves.clear();
+  const SymbolicExprKind kind = e.getKind();
+  const std::int64_t first = kind == SymbolicExprKind::UnaryMinus ? -1 : 1;
+  leaves.emplace_back(e.getOperand(0), first);
+  if (n == 2) {
+    const std::int64_t second = kind == SymbolicExprKind::Minus ? -1 : 1;
+    const unsigned b = e.getOperand(1);
+    if (b == leaves[0].first) {
+      leaves[0].second += second;
+      if (leaves[0].second == 0) leaves.clear();
+    } else if (b < leaves[0].first) {
+      leaves.insert(leaves.begin(), {b, second});
+    } else {
+      leaves.emplace_back(b, second);
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
 bool chainLeaves(const SymbolicExprTable& table, unsigned root, ChainKind chain, Leaves& leaves) {
+  if (oneNodeLeaves(table, table.get(root), chain, leaves)) return true;
   std::vector<unsigned> nodes, leafIndexes;
   chainNodes(table, root, chain, nodes, leafIndexes);
-  // Multiplicities flow from each node to its operands, parents first: descending indexes.
-  std::unordered_map<unsigned, std::int64_t> count;
-  count.reserve(nodes.size() + leafIndexes.size());
-  count[root] = 1;
-  for (auto it = nodes.rbegin(); it != nodes.rend(); ++it) {
-    const std::int64_t m = count[*it];
+  // Multiplicities flow from each node to its operands, parents first: descending indexes. Nodes and
+  // leaves are sorted, so a count is found by binary search.
+  std::vector<std::int64_t> nodeCount(nodes.size(), 0), leafCount(leafIndexes.size(), 0);
+  nodeCount.back() = 1;  // the root has the highest index
+  auto give = [&](unsigned to, std::int64_t v) {
+    auto n = std::lower_bound(nodes.begin(), nodes.end(), to);
+    std::int64_t& c = (n != nodes.end() && *n == to)
+                          ? nodeCount[static_cast<std::size_t>(n - nodes.begin())]
+                          : leafCount[static_cast<std::size_t>(
+                                std::lower_bound(leafIndexes.begin(), leafIndexes.end(), to) - leafIndexes.begin())];
+    return !__builtin_add_overflow(c, v, &c);
+  };
+  for (std::size_t k = nodes.size(); k-- > 0;) {
+    const std::int64_t m = nodeCount[k];
     if (m == 0) continue;
-    const SymbolicExpr& e = table.get(*it);
+    const SymbolicExpr& e = table.get(nodes[k]);
     std::int64_t negated;
     if (__builtin_sub_overflow(std::int64_t{0}, m, &negated)) return false;
-    auto give = [&count](unsigned to, std::int64_t v) {
-      std::int64_t& c = count[to];
-      return !__builtin_add_overflow(c, v, &c);
-    };
     bool ok = true;
     switch (e.getKind()) {
       case SymbolicExprKind::Minus:
@@ -90,10 +134,8 @@ bool chainLeaves(const SymbolicExprTable& table, unsigned root, ChainKind chain,
     if (!ok) return false;
   }
   leaves.clear();
-  for (const unsigned leaf : leafIndexes) {
-    const std::int64_t m = count[leaf];
-    if (m != 0) leaves.emplace_back(leaf, m);
-  }
+  for (std::size_t k = 0; k < leafIndexes.size(); ++k)
+    if (leafCount[k] != 0) leaves.emplace_back(leafIndexes[k], leafCount[k]);
   return true;
 }
 

@@ -83,9 +83,12 @@ bool Normalizer::done(const Task& t) const {
   return t.want == Want::Poly ? polys_.count(t.index) != 0 : canonical_.count(t.index) != 0;
 }
 
-bool Normalizer::need(unsigned index, Want want, std::vector<Task>& todo) const {
+bool Normalizer::need(unsigned index, Want want, std::vector<Task>& todo) {
   const Task t{index, want};
   if (done(t)) return true;
+  // Integers and names need nothing: done at once, without a round through the stack.
+  const SymbolicExprKind kind = table_.get(index).getKind();
+  if (kind == SymbolicExprKind::IntValue || kind == SymbolicExprKind::String) return step(t, todo);
   todo.push_back(t);
   return false;
 }
@@ -142,11 +145,23 @@ bool Normalizer::stepChainPoly(unsigned index, std::vector<Task>& todo) {
   ChainKind chain = ChainKind::Sum;
   chainKindOf(table_.get(index).getKind(), chain);
   if (!opaque_.count(index)) {
+    // The leaves found on the first visit are kept for the second, once their polynomials are done.
+    auto found = pendingLeaves_.find(index);
     Leaves leaves;
-    if (chainLeaves(table_, index, chain, leaves)) {
+    bool counted = true;
+    if (found != pendingLeaves_.end()) {
+      leaves = std::move(found->second);
+      pendingLeaves_.erase(found);
+    } else {
+      counted = chainLeaves(table_, index, chain, leaves);
+    }
+    if (counted) {
       bool ready = true;
       for (const auto& leaf : leaves) ready = need(leaf.first, Want::Poly, todo) && ready;
-      if (!ready) return false;
+      if (!ready) {
+        pendingLeaves_.emplace(index, std::move(leaves));
+        return false;
+      }
       // A sum may have more than kMaxTerms terms, but no more than it has parts, and a product more only
       // where one long factor is multiplied by single terms. So no polynomial is longer than the text it
       // comes from, and a nest of n levels costs at most n times kMaxTerms.

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "ql_types/symbolic/SymbolicExpr.hpp"
+#include "ql_types/symbolic/internal/Chains.hpp"
 #include "ql_types/symbolic/internal/Polynomial.hpp"
 
 namespace QL {
@@ -63,7 +64,7 @@ class Normalizer {
   void run(unsigned index, Want want);
   bool done(const Task& t) const;
   /// Whether (index, want) is done; if not, pushes it onto todo.
-  bool need(unsigned index, Want want, std::vector<Task>& todo) const;
+  bool need(unsigned index, Want want, std::vector<Task>& todo);
   /// Computes t if its prerequisites are done and answers true; else pushes the missing ones.
   bool step(const Task& t, std::vector<Task>& todo);
   bool stepPoly(unsigned index, std::vector<Task>& todo);
@@ -84,8 +85,9 @@ class Normalizer {
   SymbolicExprTable& table_;
   std::unordered_map<unsigned, unsigned> canonical_;
   std::unordered_map<unsigned, Poly> polys_;
-  std::unordered_set<unsigned> opaque_;       // entries whose polynomial is out of checked range: atoms
-  std::unordered_set<unsigned> unbuildable_;  // entries whose polynomial cannot be written back
+  std::unordered_set<unsigned> opaque_;                 // entries whose polynomial is out of checked range: atoms
+  std::unordered_set<unsigned> unbuildable_;            // entries whose polynomial cannot be written back
+  std::unordered_map<unsigned, Leaves> pendingLeaves_;  // chains waiting for their leaves' polynomials
 };
 
 }  // namespace internal
