@@ -109,6 +109,7 @@ unsigned SymbolicExprFactorDivision::factorDivision(unsigned index) {
   std::vector<unsigned> stack{index};
   std::vector<unsigned> parts;
   bool division = false;
+  internal::ChainWalker walker;
   while (!stack.empty()) {
     const unsigned i = stack.back();
     stack.pop_back();
@@ -118,7 +119,7 @@ unsigned SymbolicExprFactorDivision::factorDivision(unsigned index) {
     internal::ChainKind kind;
     if (internal::chainKindOf(e.getKind(), kind)) {
       internal::Leaves leaves;
-      if (!internal::chainLeaves(table, i, kind, leaves)) return norm.normalize(index);
+      if (!walker.leaves(table, i, kind, leaves)) return norm.normalize(index);
       for (const auto& leaf : leaves) parts.push_back(leaf.first);
       chains.emplace(i, std::move(leaves));
     } else if (SymbolicDivideExpr::isa(e)) {

@@ -9,21 +9,6 @@
 namespace QL {
 namespace internal {
 
-bool chainKindOf(SymbolicExprKind kind, ChainKind& chain) {
-  switch (kind) {
-    case SymbolicExprKind::Plus:
-    case SymbolicExprKind::Minus:
-    case SymbolicExprKind::UnaryMinus:
-      chain = ChainKind::Sum;
-      return true;
-    case SymbolicExprKind::Multiply:
-      chain = ChainKind::Product;
-      return true;
-    default:
-      return false;
-  }
-}
-
 namespace {
 
 bool inChain(const SymbolicExprTable& table, unsigned index, ChainKind chain) {
@@ -33,40 +18,53 @@ bool inChain(const SymbolicExprTable& table, unsigned index, ChainKind chain) {
 
 }  // namespace
 
-void chainNodes(const SymbolicExprTable& table, unsigned root, ChainKind chain, std::vector<unsigned>& nodes,
-                std::vector<unsigned>& leaves) {
+void ChainWalker::nodes(const SymbolicExprTable& table, unsigned root, ChainKind chain, std::vector<unsigned>& nodes,
+                        std::vector<unsigned>& leaves) {
   nodes.clear();
   leaves.clear();
   // Most chains are short: a linear search beats a hash set until they are not.
   constexpr std::size_t kSmall = 32;
-  std::vector<unsigned> seenSmall{root};
-  std::unordered_set<unsigned> seen;
+  seenSmall_.assign(1, root);
+  seen_.clear();
+  bool large = false;
   auto firstTime = [&](unsigned i) {
-    if (seen.empty()) {
-      if (std::find(seenSmall.begin(), seenSmall.end(), i) != seenSmall.end()) return false;
-      seenSmall.push_back(i);
-      if (seenSmall.size() > kSmall) seen.insert(seenSmall.begin(), seenSmall.end());
+    if (!large) {
+      if (std::find(seenSmall_.begin(), seenSmall_.end(), i) != seenSmall_.end()) return false;
+      seenSmall_.push_back(i);
+      if (seenSmall_.size() > kSmall) {
+        seen_.insert(seenSmall_.begin(), seenSmall_.end());
+        large = true;
+      }
       return true;
     }
-    return seen.insert(i).second;
+    return seen_.insert(i).second;
   };
-  std::vector<unsigned> stack{root};
-  while (!stack.empty()) {
-    const unsigned i = stack.back();
-    stack.pop_back();
+  stack_.assign(1, root);
+  while (!stack_.empty()) {
+    const unsigned i = stack_.back();
+    stack_.pop_back();
     nodes.push_back(i);
     const SymbolicExpr& e = table.get(i);
     for (unsigned k = 0, n = e.getNumOperands(); k < n; ++k) {
       const unsigned op = e.getOperand(k);
       if (!firstTime(op)) continue;
       if (inChain(table, op, chain))
-        stack.push_back(op);
+        stack_.push_back(op);
       else
         leaves.push_back(op);
     }
   }
   std::sort(nodes.begin(), nodes.end());
   std::sort(leaves.begin(), leaves.end());
+}
+
+void chainNodes(const SymbolicExprTable& table, unsigned root, ChainKind chain, std::vector<unsigned>& nodes,
+                std::vector<unsigned>& leaves) {
+  ChainWalker().nodes(table, root, chain, nodes, leaves);
+}
+
+bool chainLeaves(const SymbolicExprTable& table, unsigned root, ChainKind chain, Leaves& leaves) {
+  return ChainWalker().leaves(table, root, chain, leaves);
 }
 
 namespace {
@@ -97,13 +95,17 @@ bool oneNodeLeaves(const SymbolicExprTable& table, const SymbolicExpr& e, ChainK
 
 }  // namespace
 
-bool chainLeaves(const SymbolicExprTable& table, unsigned root, ChainKind chain, Leaves& leaves) {
+bool ChainWalker::leaves(const SymbolicExprTable& table, unsigned root, ChainKind chain, Leaves& leaves) {
   if (oneNodeLeaves(table, table.get(root), chain, leaves)) return true;
-  std::vector<unsigned> nodes, leafIndexes;
-  chainNodes(table, root, chain, nodes, leafIndexes);
+  std::vector<unsigned>& nodes = nodes_;
+  std::vector<unsigned>& leafIndexes = leafIndexes_;
+  this->nodes(table, root, chain, nodes, leafIndexes);
   // Multiplicities flow from each node to its operands, parents first: descending indexes. Nodes and
   // leaves are sorted, so a count is found by binary search.
-  std::vector<std::int64_t> nodeCount(nodes.size(), 0), leafCount(leafIndexes.size(), 0);
+  std::vector<std::int64_t>& nodeCount = nodeCount_;
+  std::vector<std::int64_t>& leafCount = leafCount_;
+  nodeCount.assign(nodes.size(), 0);
+  leafCount.assign(leafIndexes.size(), 0);
   nodeCount.back() = 1;  // the root has the highest index
   auto give = [&](unsigned to, std::int64_t v) {
     auto n = std::lower_bound(nodes.begin(), nodes.end(), to);

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -25,11 +26,40 @@ enum class ChainKind : unsigned char {
 };
 
 /// The chain kind of an operator, if it makes up one.
-bool chainKindOf(SymbolicExprKind kind, ChainKind& chain);
+inline bool chainKindOf(SymbolicExprKind kind, ChainKind& chain) {
+  switch (kind) {
+    case SymbolicExprKind::Plus:
+    case SymbolicExprKind::Minus:
+    case SymbolicExprKind::UnaryMinus:
+      chain = ChainKind::Sum;
+      return true;
+    case SymbolicExprKind::Multiply:
+      chain = ChainKind::Product;
+      return true;
+    default:
+      return false;
+  }
+}
 
 /// A leaf (the index of an entry that is not of the chain's kind) and its multiplicity: for a sum the
 /// signed number of times it is added, for a product its exponent.
 using Leaves = std::vector<std::pair<unsigned, std::int64_t>>;
+
+/// Walks chains, keeping its working space from one chain to the next: most chains are short, and
+/// allocating would cost more than walking them.
+class ChainWalker {
+ public:
+  /// See chainNodes.
+  void nodes(const SymbolicExprTable& table, unsigned root, ChainKind chain, std::vector<unsigned>& nodes,
+             std::vector<unsigned>& leaves);
+  /// See chainLeaves.
+  bool leaves(const SymbolicExprTable& table, unsigned root, ChainKind chain, Leaves& leaves);
+
+ private:
+  std::vector<unsigned> stack_, seenSmall_, nodes_, leafIndexes_;
+  std::vector<std::int64_t> nodeCount_, leafCount_;
+  std::unordered_set<unsigned> seen_;
+};
 
 /// The nodes of the chain at root (root included, ascending) and the indexes of all its leaves
 /// (ascending, each once). root must be of the chain's kind.

@@ -153,7 +153,7 @@ bool Normalizer::stepChainPoly(unsigned index, std::vector<Task>& todo) {
       leaves = std::move(found->second);
       pendingLeaves_.erase(found);
     } else {
-      counted = chainLeaves(table_, index, chain, leaves);
+      counted = walker_.leaves(table_, index, chain, leaves);
     }
     if (counted) {
       bool ready = true;
@@ -243,7 +243,7 @@ bool Normalizer::needChainLeaves(unsigned index, std::vector<Task>& todo) {
   ChainKind chain = ChainKind::Sum;
   chainKindOf(table_.get(index).getKind(), chain);
   std::vector<unsigned> nodes, leaves;
-  chainNodes(table_, index, chain, nodes, leaves);
+  walker_.nodes(table_, index, chain, nodes, leaves);
   bool ready = true;
   for (const unsigned leaf : leaves) ready = need(leaf, Want::Canon, todo) && ready;
   return ready;
@@ -253,7 +253,7 @@ unsigned Normalizer::keepChain(unsigned index) {
   ChainKind chain = ChainKind::Sum;
   chainKindOf(table_.get(index).getKind(), chain);
   std::vector<unsigned> nodes, leaves;
-  chainNodes(table_, index, chain, nodes, leaves);
+  walker_.nodes(table_, index, chain, nodes, leaves);
   // Operands come before their users, so one ascending sweep rebuilds the chain.
   std::unordered_map<unsigned, unsigned> rebuilt;
   rebuilt.reserve(nodes.size());

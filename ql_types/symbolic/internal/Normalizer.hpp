@@ -85,9 +85,10 @@ class Normalizer {
   SymbolicExprTable& table_;
   std::unordered_map<unsigned, unsigned> canonical_;
   std::unordered_map<unsigned, Poly> polys_;
-  std::unordered_set<unsigned> opaque_;                 // entries whose polynomial is out of checked range: atoms
-  std::unordered_set<unsigned> unbuildable_;            // entries whose polynomial cannot be written back
-  std::unordered_map<unsigned, Leaves> pendingLeaves_;  // chains waiting for their leaves' polynomials
+  std::unordered_set<unsigned> opaque_;       // entries whose polynomial is out of checked range: atoms
+  std::unordered_set<unsigned> unbuildable_;  // entries whose polynomial cannot be written back
+  std::unordered_map<unsigned, Leaves> pendingLeaves_;
+  ChainWalker walker_;  // chains waiting for their leaves' polynomials
 };
 
 }  // namespace internal
