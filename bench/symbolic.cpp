@@ -1,12 +1,16 @@
 // Benchmarks of the symbolic-expression library: entering expressions (hash-consing, with a linear-scan
-// baseline in the same run), and simplification time against expression size.
+// baseline in the same run), simplification time against expression size, and long flat sums (parse as
+// the baseline, simplify and print).
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "ql_types/symbolic/SymbolicExprParser.hpp"
+#include "ql_types/symbolic/SymbolicExprPrinter.hpp"
 #include "ql_types/symbolic/SymbolicExprSimplify.hpp"
 #include "ql_types/symbolic/SymbolicExprTable.hpp"
 
@@ -128,5 +132,50 @@ void BM_SimplifyPolynomial(benchmark::State& state) {
   state.SetItemsProcessed(static_cast<int64_t>(state.iterations()));
 }
 BENCHMARK(BM_SimplifyPolynomial)->RangeMultiplier(2)->Range(4, 512)->Complexity();
+
+// A flat sum of n distinct names, as a model's text would write it: "d0+d1+...", a tree n levels deep.
+std::string longSum(unsigned n) {
+  std::string s;
+  for (unsigned k = 0; k < n; ++k) s += (k ? "+d" : "d") + std::to_string(n - 1 - k);
+  return s;
+}
+
+// The baseline of the two below: reading the text, which is linear in its length.
+void BM_LongSumParse(benchmark::State& state) {
+  const std::string text = longSum(static_cast<unsigned>(state.range(0)));
+  for (auto _ : state) {
+    SymbolicExprTable t;
+    benchmark::DoNotOptimize(SymbolicExprParser{t}(text));
+  }
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(BM_LongSumParse)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond)->Complexity();
+
+// Simplifying it (sorting the names into canonical order), in a fresh table each time.
+void BM_LongSumSimplify(benchmark::State& state) {
+  const std::string text = longSum(static_cast<unsigned>(state.range(0)));
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto t = std::make_unique<SymbolicExprTable>();
+    const unsigned i = SymbolicExprParser{*t}(text);
+    state.ResumeTiming();
+    benchmark::DoNotOptimize(SymbolicExprSimplify(*t, 10).simplify(i));
+    state.PauseTiming();
+    t.reset();
+    state.ResumeTiming();
+  }
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(BM_LongSumSimplify)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond)->Complexity();
+
+// Printing it.
+void BM_LongSumPrint(benchmark::State& state) {
+  const std::string text = longSum(static_cast<unsigned>(state.range(0)));
+  SymbolicExprTable t;
+  const unsigned i = SymbolicExprParser{t}(text);
+  for (auto _ : state) benchmark::DoNotOptimize(SymbolicExprPrinter()(t, i));
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(BM_LongSumPrint)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond)->Complexity();
 
 }  // namespace

@@ -136,7 +136,8 @@ class SymbolicDimsConstraints {
   /// The ids of the relation expressions that block asserted, ascending.
   void getSymbolicDimsConstraints(QLBlock const* const block, std::vector<int>& out) const;
   /// The ids of the relation expressions of every block that original maps to block, ascending. Include
-  /// <boost/function.hpp> to pass one; an empty function throws boost::bad_function_call.
+  /// <boost/function.hpp> to pass one; an empty function throws boost::bad_function_call once it is applied to a block,
+  /// that is when some block asserted a fact.
   void getSymbolicDimsConstraints(QLBlock const* const block,
                                   boost::function<QLBlock const*(QLBlock const*)> const& original,
                                   std::vector<int>& out) const;

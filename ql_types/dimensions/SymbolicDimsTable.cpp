@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <ostream>
 
 #include "ql_types/dimensions/internal/StrictDecimal.hpp"
@@ -47,15 +48,30 @@ void SymbolicDimsTable::initialize() {
 }
 
 void SymbolicDimsTable::resetToBuiltin() {
-  // Unlike the constructor, the new store is made before the built-ins; their ids come out the same.
-  delete exprTbl_;
-  exprTbl_ = nullptr;
-  delete constraints_;
-  constraints_ = nullptr;
+  // The new table and store are made in full before the old ones go, so that a failure (memory included)
+  // leaves this table as it was. Unlike the constructor, the new store is made before the built-ins;
+  // their ids come out the same.
+  std::unique_ptr<QL::SymbolicExprTable> exprs(new QL::SymbolicExprTable);
+  QL::SymbolicExprTable* const oldExprs = exprTbl_;
+  SymbolicDimsConstraints* const oldConstraints = constraints_;
+  std::unique_ptr<SymbolicDimsConstraints> constraints;
+  // The store and the virtual registration read the expressions through this table, so they are switched
+  // over for the time it takes, and back if anything throws.
+  exprTbl_ = exprs.get();
+  try {
+    constraints.reset(new SymbolicDimsConstraints(this));
+    constraints_ = constraints.get();
+    initialize();  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
+  } catch (...) {
+    exprTbl_ = oldExprs;
+    constraints_ = oldConstraints;
+    throw;
+  }
+  exprTbl_ = exprs.release();
+  constraints_ = constraints.release();
   displayStrings_.clear();
-  exprTbl_ = new QL::SymbolicExprTable;
-  constraints_ = new SymbolicDimsConstraints(this);
-  initialize();
+  delete oldConstraints;
+  delete oldExprs;
 }
 
 int SymbolicDimsTable::registerSymbolicDims(int value) {

@@ -41,7 +41,8 @@ class SymbolicDimsTable {
 
  public:
   virtual ~SymbolicDimsTable();
-  /// Back to the two built-ins, with a new expression table and an empty store.
+  /// Back to the two built-ins, with a new expression table and an empty store. On a failure (memory
+  /// included) the table is left as it was.
   virtual void resetToBuiltin();
   /// A multi-dimensional size: digits-only elements are integers, anything else (signs too) a name. The
   /// block is ignored. Throws std::bad_cast for a digits-only element out of range.

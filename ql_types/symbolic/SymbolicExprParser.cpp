@@ -196,7 +196,17 @@ SymbolicExprParser::SymbolicExprParser(SymbolicExprTable& table) : table_(table)
 unsigned SymbolicExprParser::parse(const char* text) {
   Reader reader(text ? text : "");
   const unsigned root = reader.parseAll();
-  // Nodes are in post-order (operands before their operator), so one forward sweep enters them.
+  // Nodes are in post-order (operands before their operator), so one forward sweep enters them. Should
+  // entering fail (out of memory), what this parse entered is taken out again.
+  const unsigned before = table_.size();
+  struct Undo {
+    SymbolicExprTable& table;
+    unsigned size;
+    bool done = false;
+    ~Undo() {
+      if (!done) table.truncate(size);
+    }
+  } undo{table_, before};
   std::vector<unsigned> index(reader.nodes.size());
   for (std::size_t i = 0; i < reader.nodes.size(); ++i) {
     const Node& n = reader.nodes[i];
@@ -215,6 +225,7 @@ unsigned SymbolicExprParser::parse(const char* text) {
         break;
     }
   }
+  undo.done = true;
   return index[root];
 }
 

@@ -18,7 +18,8 @@ class SymbolicExprTable;
 class SymbolicExprParser {
  public:
   /// Deepest nesting of parentheses and minus signs accepted, so that a hostile text cannot exhaust the
-  /// call stack of the parser or of the algorithms that walk its result.
+  /// call stack of the parser. Sums and products of any length are accepted: they are read in loops, and
+  /// every algorithm that walks the result keeps its own stack instead of the call stack.
   static constexpr unsigned kMaxDepth = 500;
 
   explicit SymbolicExprParser(SymbolicExprTable& table);

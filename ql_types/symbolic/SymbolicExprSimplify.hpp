@@ -15,8 +15,14 @@
 //    with a limit of 2 or more converged comes back true (barring the overflow rule below).
 //
 // Folding never overflows: sums and products are formed with checked 64-bit arithmetic, and where that
-// would overflow, where a coefficient would not fit an int, or where expanding products would pass a few
-// thousand terms, that node is left unfolded (with its operands simplified) and counts as an opaque part.
+// would overflow, where a coefficient would not fit an int, where a power would pass 64 (N*N*...*N is
+// written out up to N^64), or where expanding products would pass a few thousand terms, that node is
+// left unfolded, with its parts simplified, and counts as an opaque part. For a sum or a product the
+// parts are its terms or factors: a chain "a+b+c" that cannot fold stays as written.
+//
+// Length and depth: a sum or product of any length is taken as a whole (no call depth per term, time
+// about n log n), and nothing recurses on the nesting of its input, so expressions of any depth built
+// through the API simplify too.
 #pragma once
 
 #include <memory>

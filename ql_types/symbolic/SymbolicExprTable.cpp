@@ -38,9 +38,23 @@ std::optional<unsigned> SymbolicExprTable::find(const SymbolicExpr& expr) const 
   return lookup(expr, hashOf(expr));
 }
 
+namespace {
+
+// Room for one more element, growing geometrically, so that the push that follows cannot throw.
+template <class V>
+void reserveOneMore(V& v) {
+  if (v.size() == v.capacity()) v.reserve(v.empty() ? 16 : 2 * v.size());
+}
+
+}  // namespace
+
 unsigned SymbolicExprTable::enter(const SymbolicExpr& expr) {
   const std::size_t hash = hashOf(expr);
   if (std::optional<unsigned> found = lookup(expr, hash)) return *found;
+  // Everything that can throw comes first: a failure (memory included) leaves the table as it was, since
+  // spare capacity and a rehashed index change nothing that can be seen.
+  reserveOneMore(entries_);
+  reserveOneMore(hashes_);
   // Keep the load at most 1/2: linear probing stays short, and a free slot always ends a probe.
   if ((entries_.size() + 1) * 2 > slots_.size()) grow();
   const unsigned index = static_cast<unsigned>(entries_.size());
@@ -54,6 +68,20 @@ unsigned SymbolicExprTable::enter(const SymbolicExpr& expr) {
   while (slots_[s] != 0) s = (s + 1) & mask;
   slots_[s] = index + 1;
   return index;
+}
+
+void SymbolicExprTable::truncate(unsigned size) noexcept {
+  // The entries removed are the latest, and every probe of an earlier entry stops before their slots
+  // (it was placed when they were not there), so freeing their slots keeps the index right.
+  const std::size_t mask = slots_.size() - 1;
+  while (entries_.size() > size) {
+    const unsigned last = static_cast<unsigned>(entries_.size() - 1);
+    std::size_t s = hashes_[last] & mask;
+    while (slots_[s] != last + 1) s = (s + 1) & mask;
+    slots_[s] = 0;
+    entries_.pop_back();
+    hashes_.pop_back();
+  }
 }
 
 void SymbolicExprTable::grow() {

@@ -34,9 +34,13 @@ class SymbolicExprTable {
 
  private:
   friend class SymbolicExpr;
+  friend class SymbolicExprParser;
 
-  /// The index of the entry equal to expr, which is built on this table, entering a copy if needed.
+  /// The index of the entry equal to expr, which is built on this table, entering a copy if needed. On a
+  /// failure (memory included) the table is as it was.
   unsigned enter(const SymbolicExpr& expr);
+  /// Removes the entries from index size on, latest first: the undo of a parse that failed half-way.
+  void truncate(unsigned size) noexcept;
   std::size_t hashOf(const SymbolicExpr& expr) const;
   std::optional<unsigned> lookup(const SymbolicExpr& expr, std::size_t hash) const;
   void grow();

@@ -8,6 +8,7 @@
 #include "ql_types/platform/IException.hpp"
 #include "ql_types/symbolic/SymbolicExpr.hpp"
 #include "ql_types/symbolic/SymbolicExprTable.hpp"
+#include "support/AllocationFailure.hpp"
 #include "support/ExpectRaises.hpp"
 
 using namespace QLTypeSys;
@@ -41,6 +42,31 @@ TEST(DimsTableBuiltins, ResetReturnsToTheBuiltinsAndAnEmptyStore) {
   EXPECT_TRUE(ids.empty());
   EXPECT_EQ(t.registerSymbolicDims("N", nullptr), n);
   EXPECT_EQ(t.getRange(n), SymbDimsRange());
+}
+
+TEST(DimsTableBuiltins, ResetThatRunsOutOfMemoryLeavesTheTableAsItWas) {
+  SymbolicDimsTable t;
+  const int n = t.registerSymbolicDimsExpr("N+M*2", nullptr);
+  const int m = t.registerSymbolicDims("M", nullptr);
+  t.addGreaterThanRelation(n, m, dimtest::block(1));
+  t.addRange(m, 2, 9, dimtest::block(2));
+  const std::string text = t.getDisplayString(n);
+  const std::vector<int> sizes{n, m};
+  const std::vector<QLBlock const*> blocks{dimtest::block(1), dimtest::block(2)};
+  const dimtest::Snapshot facts = dimtest::snapshot(t, sizes, blocks);  // enters the relations it lists
+  const unsigned size = t.getNumSymbolicDimss();
+  qltest::forEveryAllocationFailure([&] { t.resetToBuiltin(); },
+                                    [&] {
+                                      ASSERT_EQ(t.getNumSymbolicDimss(), size);
+                                      EXPECT_EQ(t.getDisplayString(n), text);
+                                      EXPECT_EQ(t.getSymbolicDims("M").getId(), m);
+                                      EXPECT_TRUE(dimtest::snapshot(t, sizes, blocks) == facts);
+                                    });
+  EXPECT_EQ(t.getNumSymbolicDimss(), 2u);
+  EXPECT_EQ(t.getSymbolicDims(-1).toString(), "INHERIT");
+  std::vector<int> ids;
+  t.getSymbolicDimsConstraints(ids);
+  EXPECT_TRUE(ids.empty());
 }
 
 TEST(DimsTableBuiltins, ResetRegistersTheBuiltinsThroughTheVirtualForm) {

@@ -197,8 +197,8 @@ void SymbolicDimsConstraintsImpl::getSymbolicDimsConstraints(QLBlock const* bloc
 void SymbolicDimsConstraintsImpl::getSymbolicDimsConstraints(
     QLBlock const* block, boost::function<QLBlock const*(QLBlock const*)> const& original,
     std::vector<int>& out) const {
-  // Refused at once, with or without facts, so that a missing function shows the first time it is passed.
-  if (original.empty()) throw boost::bad_function_call();
+  // An empty function throws (bad_function_call) when it is first applied to a key, so a store where no
+  // block asserted anything answers without calling it. out is assigned only once all keys are mapped.
   IdSet ids;
   for (const auto& [key, relations] : blockConstraints_)
     if (original(key) == block) ids.insert(relations.begin(), relations.end());

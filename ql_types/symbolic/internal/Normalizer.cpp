@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <climits>
+#include <stdexcept>
 
 #include "ql_types/symbolic/SymbolicExprTable.hpp"
+#include "ql_types/symbolic/internal/Chains.hpp"
 #include "ql_types/symbolic/internal/Rebuild.hpp"
 #include "ql_types/symbolic/internal/StructuralOrder.hpp"
 
@@ -51,108 +53,231 @@ bool isOne(const Poly& p) {
 }  // namespace
 
 unsigned Normalizer::normalize(unsigned index) {
-  auto it = canonical_.find(index);
-  if (it != canonical_.end()) return it->second;
+  run(index, Want::Canon);
+  return canonical_.at(index);
+}
+
+bool Normalizer::polyOf(unsigned index, Poly& out) {
+  run(index, Want::Poly);
+  out = polys_.at(index);
+  return true;
+}
+
+void Normalizer::run(unsigned index, Want want) {
+  std::vector<Task> todo{{index, want}};
+  while (!todo.empty()) {
+    const Task t = todo.back();
+    if (done(t)) {
+      todo.pop_back();
+      continue;
+    }
+    const std::size_t size = todo.size();
+    if (step(t, todo))
+      todo.pop_back();  // a step that computes pushes nothing, so t is still on top
+    else if (todo.size() == size)
+      throw std::logic_error("Normalizer: a task waits on nothing");  // not reached
+  }
+}
+
+bool Normalizer::done(const Task& t) const {
+  return t.want == Want::Poly ? polys_.count(t.index) != 0 : canonical_.count(t.index) != 0;
+}
+
+bool Normalizer::need(unsigned index, Want want, std::vector<Task>& todo) {
+  const Task t{index, want};
+  if (done(t)) return true;
+  // Integers and names need nothing: done at once, without a round through the stack.
+  const SymbolicExprKind kind = table_.get(index).getKind();
+  if (kind == SymbolicExprKind::IntValue || kind == SymbolicExprKind::String) return step(t, todo);
+  todo.push_back(t);
+  return false;
+}
+
+bool Normalizer::step(const Task& t, std::vector<Task>& todo) {
+  return t.want == Want::Poly ? stepPoly(t.index, todo) : stepCanon(t.index, todo);
+}
+
+bool Normalizer::stepPoly(unsigned index, std::vector<Task>& todo) {
   const SymbolicExpr& e = table_.get(index);
-  unsigned result = index;
+  switch (e.getKind()) {
+    case SymbolicExprKind::IntValue:
+      polys_.emplace(index, constantPoly(static_cast<const SymbolicIntValue&>(e).getValue()));
+      return true;
+    case SymbolicExprKind::String:
+      polys_.emplace(index, atomPoly(index));
+      return true;
+    case SymbolicExprKind::Plus:
+    case SymbolicExprKind::Minus:
+    case SymbolicExprKind::UnaryMinus:
+    case SymbolicExprKind::Multiply:
+      return stepChainPoly(index, todo);
+    case SymbolicExprKind::Divide:
+    case SymbolicExprKind::Modulo: {
+      const unsigned l = e.getOperand(0);
+      const unsigned r = e.getOperand(1);
+      if (!opaque_.count(index)) {
+        const bool haveL = need(l, Want::Poly, todo);
+        const bool haveR = need(r, Want::Poly, todo);
+        if (!haveL || !haveR) return false;
+        Poly q;
+        const bool ok = e.getKind() == SymbolicExprKind::Divide ? quotient(index, q) : remainder(index, q);
+        if (ok && q.size() <= kMaxTerms) {
+          polys_.emplace(index, std::move(q));
+          return true;
+        }
+        opaque_.insert(index);
+      }
+      // Out of checked range: the node stays as it is and counts as an atom.
+      const bool haveL = need(l, Want::Canon, todo);
+      const bool haveR = need(r, Want::Canon, todo);
+      if (!haveL || !haveR) return false;
+      polys_.emplace(index, atomPoly(keep(index)));
+      return true;
+    }
+    default:  // multi-dimensional sizes and relations are atoms in their canonical form
+      if (!need(index, Want::Canon, todo)) return false;
+      polys_.emplace(index, atomPoly(canonical_.at(index)));
+      return true;
+  }
+}
+
+bool Normalizer::stepChainPoly(unsigned index, std::vector<Task>& todo) {
+  ChainKind chain = ChainKind::Sum;
+  chainKindOf(table_.get(index).getKind(), chain);
+  if (!opaque_.count(index)) {
+    // The leaves found on the first visit are kept for the second, once their polynomials are done.
+    auto found = pendingLeaves_.find(index);
+    Leaves leaves;
+    bool counted = true;
+    if (found != pendingLeaves_.end()) {
+      leaves = std::move(found->second);
+      pendingLeaves_.erase(found);
+    } else {
+      counted = walker_.leaves(table_, index, chain, leaves);
+    }
+    if (counted) {
+      bool ready = true;
+      for (const auto& leaf : leaves) ready = need(leaf.first, Want::Poly, todo) && ready;
+      if (!ready) {
+        pendingLeaves_.emplace(index, std::move(leaves));
+        return false;
+      }
+      // A sum may have more than kMaxTerms terms, but no more than it has parts, and a product more only
+      // where one long factor is multiplied by single terms. So no polynomial is longer than the text it
+      // comes from, and a nest of n levels costs at most n times kMaxTerms.
+      Poly p;
+      bool ok = true;
+      if (chain == ChainKind::Sum) {
+        for (const auto& [leaf, m] : leaves) ok = ok && appendScaled(p, polys_.at(leaf), m);
+        ok = ok && internal::normalize(p, std::max(kMaxTerms, leaves.size()));
+      } else {
+        std::vector<std::pair<const Poly*, std::int64_t>> factors;
+        factors.reserve(leaves.size());
+        for (const auto& [leaf, m] : leaves) factors.emplace_back(&polys_.at(leaf), m);
+        ok = product(factors, p);
+      }
+      if (ok) {
+        polys_.emplace(index, std::move(p));
+        return true;
+      }
+    }
+    opaque_.insert(index);
+  }
+  // Out of checked range: the chain stays as it is, with its leaves normalised, and counts as an atom.
+  if (!needChainLeaves(index, todo)) return false;
+  polys_.emplace(index, atomPoly(keepChain(index)));
+  return true;
+}
+
+bool Normalizer::stepCanon(unsigned index, std::vector<Task>& todo) {
+  const SymbolicExpr& e = table_.get(index);
   switch (e.getKind()) {
     case SymbolicExprKind::IntValue:
     case SymbolicExprKind::String:
-      break;
+      canonical_.emplace(index, index);
+      return true;
     case SymbolicExprKind::ND:
     case SymbolicExprKind::Equal:
     case SymbolicExprKind::GreaterThan:
-    case SymbolicExprKind::LessThan:
-      result = keep(index);
-      break;
-    default: {
-      Poly p;
-      if (!polyOf(index, p) || !build(p, result)) result = keep(index);
-      break;
+    case SymbolicExprKind::LessThan: {
+      bool ready = true;
+      for (unsigned k = 0, n = e.getNumOperands(); k < n; ++k)
+        ready = need(e.getOperand(k), Want::Canon, todo) && ready;
+      if (!ready) return false;
+      canonical_.emplace(index, keep(index));
+      return true;
     }
+    default:
+      break;
   }
-  canonical_.emplace(index, result);
-  return result;
+  if (!need(index, Want::Poly, todo)) return false;
+  if (!unbuildable_.count(index)) {
+    unsigned out;
+    if (build(polys_.at(index), out)) {
+      canonical_.emplace(index, out);
+      return true;
+    }
+    unbuildable_.insert(index);
+  }
+  ChainKind chain;
+  if (chainKindOf(e.getKind(), chain)) {
+    if (!needChainLeaves(index, todo)) return false;
+    canonical_.emplace(index, keepChain(index));
+    return true;
+  }
+  const bool haveL = need(e.getOperand(0), Want::Canon, todo);
+  const bool haveR = need(e.getOperand(1), Want::Canon, todo);
+  if (!haveL || !haveR) return false;
+  canonical_.emplace(index, keep(index));
+  return true;
 }
 
 unsigned Normalizer::keep(unsigned index) {
   const SymbolicExpr& e = table_.get(index);
   std::vector<unsigned> operands(e.getNumOperands());
-  for (unsigned k = 0; k < operands.size(); ++k) operands[k] = normalize(e.getOperand(k));
+  for (unsigned k = 0; k < operands.size(); ++k) operands[k] = canonical_.at(e.getOperand(k));
   return enterLike(table_, e, operands);
 }
 
-bool Normalizer::polyOf(unsigned index, Poly& out) {
-  auto it = polys_.find(index);
-  if (it != polys_.end()) {
-    out = it->second;
-    return true;
-  }
-  if (failed_.count(index)) return false;
-  Poly acc;
-  if (!expand(index, 1, acc) || !internal::normalize(acc)) {
-    failed_.insert(index);
-    return false;
-  }
-  out = acc;
-  polys_.emplace(index, std::move(acc));
-  return true;
+bool Normalizer::needChainLeaves(unsigned index, std::vector<Task>& todo) {
+  ChainKind chain = ChainKind::Sum;
+  chainKindOf(table_.get(index).getKind(), chain);
+  std::vector<unsigned> nodes, leaves;
+  walker_.nodes(table_, index, chain, nodes, leaves);
+  bool ready = true;
+  for (const unsigned leaf : leaves) ready = need(leaf, Want::Canon, todo) && ready;
+  return ready;
 }
 
-bool Normalizer::accumulate(unsigned index, std::int64_t sign, Poly& acc) {
-  const SymbolicExprKind kind = table_.get(index).getKind();
-  const bool additive =
-      kind == SymbolicExprKind::Plus || kind == SymbolicExprKind::Minus || kind == SymbolicExprKind::UnaryMinus;
-  // Sums are spread into the running sum without a polynomial of their own, so a long chain costs its
-  // length; a sum met again (a shared part) is worth remembering, and is then taken whole.
-  if (additive && !seen_.insert(index).second) {
-    Poly p;
-    return polyOf(index, p) && appendScaled(acc, p, sign);
+unsigned Normalizer::keepChain(unsigned index) {
+  ChainKind chain = ChainKind::Sum;
+  chainKindOf(table_.get(index).getKind(), chain);
+  std::vector<unsigned> nodes, leaves;
+  walker_.nodes(table_, index, chain, nodes, leaves);
+  // Operands come before their users, so one ascending sweep rebuilds the chain.
+  std::unordered_map<unsigned, unsigned> rebuilt;
+  rebuilt.reserve(nodes.size());
+  std::vector<unsigned> operands;
+  for (const unsigned i : nodes) {
+    const SymbolicExpr& e = table_.get(i);
+    operands.resize(e.getNumOperands());
+    for (unsigned k = 0; k < operands.size(); ++k) {
+      const unsigned op = e.getOperand(k);
+      auto it = rebuilt.find(op);
+      operands[k] = it != rebuilt.end() ? it->second : canonical_.at(op);
+    }
+    rebuilt[i] = enterLike(table_, e, operands);
   }
-  return expand(index, sign, acc);
-}
-
-bool Normalizer::expand(unsigned index, std::int64_t sign, Poly& acc) {
-  const SymbolicExpr& e = table_.get(index);
-  switch (e.getKind()) {
-    case SymbolicExprKind::IntValue:
-      if (const int v = static_cast<const SymbolicIntValue&>(e).getValue()) acc.push_back(Term{{}, sign * v});
-      return true;
-    case SymbolicExprKind::String:
-      return appendScaled(acc, atomPoly(index), sign);
-    case SymbolicExprKind::Plus:
-      return accumulate(e.getOperand(0), sign, acc) && accumulate(e.getOperand(1), sign, acc);
-    case SymbolicExprKind::Minus:
-      return accumulate(e.getOperand(0), sign, acc) && accumulate(e.getOperand(1), -sign, acc);
-    case SymbolicExprKind::UnaryMinus:
-      return accumulate(e.getOperand(0), -sign, acc);
-    case SymbolicExprKind::Multiply: {
-      Poly a, b, product;
-      if (polyOf(e.getOperand(0), a) && polyOf(e.getOperand(1), b) && multiply(a, b, product))
-        return appendScaled(acc, product, sign);
-      break;
-    }
-    case SymbolicExprKind::Divide: {
-      Poly q;
-      if (quotient(index, q)) return appendScaled(acc, q, sign);
-      break;
-    }
-    case SymbolicExprKind::Modulo: {
-      Poly r;
-      if (remainder(index, r)) return appendScaled(acc, r, sign);
-      break;
-    }
-    default:
-      return appendScaled(acc, atomPoly(normalize(index)), sign);
-  }
-  // Out of checked range: the node stays as it is and counts as an atom.
-  return appendScaled(acc, atomPoly(keep(index)), sign);
+  return rebuilt.at(index);
 }
 
 bool Normalizer::quotient(unsigned index, Poly& out) {
   const SymbolicExpr& e = table_.get(index);
-  Poly n, d;
-  if (!polyOf(e.getOperand(0), n) || !polyOf(e.getOperand(1), d)) return false;
+  const Poly& pn = polys_.at(e.getOperand(0));
+  const Poly& pd = polys_.at(e.getOperand(1));
+  // A division of long sums stays as it is: cancelling would cost their length at every level.
+  if (pn.size() > kMaxTerms || pd.size() > kMaxTerms) return false;
+  Poly n = pn, d = pd;
   if (d.empty()) return byZero(SymbolicExprKind::Divide, n, out);
   if (n.empty()) {
     out.clear();
@@ -179,8 +304,10 @@ bool Normalizer::quotient(unsigned index, Poly& out) {
 
 bool Normalizer::remainder(unsigned index, Poly& out) {
   const SymbolicExpr& e = table_.get(index);
-  Poly n, d;
-  if (!polyOf(e.getOperand(0), n) || !polyOf(e.getOperand(1), d)) return false;
+  const Poly& pn = polys_.at(e.getOperand(0));
+  const Poly& pd = polys_.at(e.getOperand(1));
+  if (pn.size() > kMaxTerms || pd.size() > kMaxTerms) return false;
+  Poly n = pn, d = pd;
   if (d.empty()) return byZero(SymbolicExprKind::Modulo, n, out);
   std::int64_t nv, dv;
   if (isConstant(n, nv) && isConstant(d, dv)) {
@@ -210,8 +337,8 @@ bool Normalizer::remainder(unsigned index, Poly& out) {
   unsigned ni, di;
   if (!build(n, ni) || !build(d, di)) return false;
   const unsigned atom = enterBinary(table_, SymbolicExprKind::Modulo, ni, di);
-  out = Poly{Term{multiplyMonomials(m, Monomial{{atom, 1u}}), sign * static_cast<std::int64_t>(g)}};
-  return true;
+  out = Poly{Term{{}, sign * static_cast<std::int64_t>(g)}};
+  return multiplyMonomials(m, Monomial{{atom, 1u}}, out[0].mono);
 }
 
 // Division or remainder by zero is left for whoever evaluates it; only the numerator's sign moves out,
@@ -261,12 +388,15 @@ bool Normalizer::build(const Poly& p, unsigned& out) {
     out = SymbolicIntValue(table_, 0).getId(table_);
     return true;
   }
-  std::vector<OrderedTerm> terms;
-  terms.reserve(p.size());
+  // What cannot be written is found before anything is sorted or entered.
   for (const Term& t : p) {
     if (!fitsInt(t.coef)) return false;
-    terms.push_back(ordered(table_, t));
+    for (const auto& f : t.mono)
+      if (f.second > kMaxExponent) return false;
   }
+  std::vector<OrderedTerm> terms;
+  terms.reserve(p.size());
+  for (const Term& t : p) terms.push_back(ordered(table_, t));
   std::sort(terms.begin(), terms.end(),
             [this](const OrderedTerm& a, const OrderedTerm& b) { return before(table_, a, b); });
   // Lead with the first term of positive coefficient, if any, so that "b-a" rather than "-a+b".

@@ -1,5 +1,5 @@
 // The structural order. Equal indexes mean equal structures (the table keeps entries unique), which ends
-// the comparison of shared parts at once.
+// the comparison of shared parts at once; so a comparison follows one path down, in a loop.
 #include "ql_types/symbolic/internal/StructuralOrder.hpp"
 
 #include "ql_types/symbolic/SymbolicExprTable.hpp"
@@ -28,11 +28,12 @@ int compareStructure(const SymbolicExprTable& table, unsigned a, unsigned b) {
     const unsigned m = y.getNumOperands();
     if (n != m) return n < m ? -1 : 1;
     if (n == 0) return 0;  // not reached: two empty multi-dimensional sizes are one entry
-    for (unsigned k = 0; k + 1 < n; ++k)
-      if (x.getOperand(k) != y.getOperand(k)) return compareStructure(table, x.getOperand(k), y.getOperand(k));
-    // All but the last operands are equal, so the last decide: loop rather than recurse.
-    a = x.getOperand(n - 1);
-    b = y.getOperand(n - 1);
+    // The first operands that differ decide, and they are different entries, so their comparison is
+    // never 0: follow them down rather than recurse (a long sum is a deep left operand).
+    unsigned k = 0;
+    while (k + 1 < n && x.getOperand(k) == y.getOperand(k)) ++k;
+    a = x.getOperand(k);
+    b = y.getOperand(k);
   }
   return 0;
 }
