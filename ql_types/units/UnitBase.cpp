@@ -80,8 +80,8 @@ bool UnitBase::isValidStringForUnitName(const std::wstring& text) {
       case '(':
       case ')':
       case '+':
-      case '-':  // clang-format off
-        return false;  // clang-format on
+      case '-':
+        return false;  // the operators are never alphanumeric; listed so the rule reads whole
       default:
         break;
     }

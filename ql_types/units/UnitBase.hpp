@@ -15,11 +15,11 @@
 
 #include "ql_types/units/ConversionFactor.hpp"
 #include "ql_types/units/Exponent.hpp"
+#include "ql_types/units/UnitNumericInfoForConversions.hpp"
 
 namespace QLTypeSys {
 
 class UnitBase;
-class UnitNumericInfoForConversions;
 
 /// How two exponent maps are compared: 0 compares both counts of every term, anything else net values only.
 enum ExponentUsage { StrictExponents = 0, NetExponents = 1 };

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "ql_types/platform/Diagnostic.hpp"
+#include "ql_types/platform/Text.hpp"
 #include "ql_types/unitdb/UnitDatabase.hpp"
 #include "ql_types/units/ConversionFactorFactory.hpp"
 #include "ql_types/units/UnitFactory.hpp"
