@@ -65,8 +65,9 @@ void UnitDatabase::addUnit(const UnitBase& unit) {
   switch (unit.getUnitType()) {
     case 3: {
       const UnitBase& stored = units_->add(unit);
-      for (const UnitPrefix& prefix : static_cast<const Unit&>(unit).getPrefixes())
-        prefixUsers_.emplace(std::cref(prefix), std::cref(stored));
+      if (const auto* concrete = dynamic_cast<const Unit*>(&unit))
+        for (const UnitPrefix& prefix : concrete->getPrefixes())
+          prefixUsers_.emplace(std::cref(prefix), std::cref(stored));
       break;
     }
     case 2:

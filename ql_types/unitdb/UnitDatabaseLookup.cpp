@@ -47,7 +47,7 @@ void UnitDatabase::addPrefixedReadings(const std::wstring& text, bool byName, Un
 
 const UnitBase& UnitDatabase::getCompositeUnit(const UnitPrefix& prefix, const Unit& unit) const {
   auto& map = composites_->map;
-  const internal::CompositeStore::Key key{&prefix, &unit};
+  const internal::CompositeStore::Key key(&prefix, &unit);
   auto it = map.find(key);
   if (it == map.end()) it = map.emplace(key, CompositeUnit(prefix, unit)).first;
   return it->second;
@@ -106,8 +106,11 @@ bool UnitDatabase::orderedAbstractPair(const UnitBase& a, const UnitBase& b, std
   const UnitBase* x = &a;
   const UnitBase* y = &b;
   if (a.getUnitType() == 3 && b.getUnitType() == 3) {
-    x = &static_cast<const Unit&>(a).getAbstractUnit();
-    y = &static_cast<const Unit&>(b).getAbstractUnit();
+    const auto* ua = dynamic_cast<const Unit*>(&a);
+    const auto* ub = dynamic_cast<const Unit*>(&b);
+    if (ua == nullptr || ub == nullptr) return false;
+    x = &ua->getAbstractUnit();
+    y = &ub->getAbstractUnit();
   } else if (a.getUnitType() != 2 || b.getUnitType() != 2) {
     return false;  // a mixed pair is never reciprocal
   }

@@ -52,9 +52,11 @@ bool AbstractUnit::isCompatibleWith(const UnitBase& other, ExponentUsage /*usage
 
 bool AbstractUnit::isReciprocalOf(const UnitBase& other) const {
   const UnitBase* target = nullptr;
-  if (other.getUnitType() == 3)
-    target = &static_cast<const Unit&>(other).getAbstractUnit();
-  else if (other.getUnitType() == 2)
+  if (other.getUnitType() == 3) {
+    const auto* unit = dynamic_cast<const Unit*>(&other);
+    if (unit == nullptr) return false;
+    target = &unit->getAbstractUnit();
+  } else if (other.getUnitType() == 2)
     target = &other;
   else
     return false;
@@ -90,10 +92,9 @@ UnitNumericInfoForConversions AbstractUnit::conversionInfoTo(const UnitBase& oth
 // ---- Unit
 
 bool Unit::isCompatibleWith(const UnitBase& other, ExponentUsage usage) const {
-  if (other.getUnitType() != 3) return false;
-  const auto& that = static_cast<const Unit&>(other);
-  if (getSubUnit() != that.getSubUnit()) return false;
-  return getAbstractUnit().equivalentTo(that.getAbstractUnit(), usage) == UnitsEquivalent;
+  const auto* that = other.getUnitType() == 3 ? dynamic_cast<const Unit*>(&other) : nullptr;
+  if (that == nullptr || getSubUnit() != that->getSubUnit()) return false;
+  return getAbstractUnit().equivalentTo(that->getAbstractUnit(), usage) == UnitsEquivalent;
 }
 
 bool Unit::isReciprocalOf(const UnitBase& other) const {
