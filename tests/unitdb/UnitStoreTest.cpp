@@ -106,6 +106,52 @@ TEST_F(CatalogueTest, MissingTextsWarnAndTheUnitStaysFindable) {
   EXPECT_TRUE(log.lines.empty());
 }
 
+TEST_F(CatalogueTest, PrefixesFollowTheSameRules) {
+  const unsigned before = db->getNumPrefixes();
+  auto clash = UnitFactory::createUnitPrefix(L"kiloAgain", L"k", L"k", L"", F::createConversionFactor(1, 1, 3), {});
+  EXPECT_RAISES(db->addUnitPrefix(*clash), "QuillonTypes:Unit", "SimilarInstanceThere", {"kiloAgain", "k", "k"});
+  EXPECT_EQ(db->getNumPrefixes(), before + 1);  // kept: the clone stays, found by no text
+  EXPECT_TRUE(db->getUnitPrefix(L"kiloAgain").empty());
+  WarningLog log;
+  const std::unique_ptr<UnitPrefix> kilo(db->getUnitPrefix(L"kilo").begin()->get().clone());
+  db->addUnitPrefix(*kilo);
+  EXPECT_EQ(log.lines, std::vector<std::string>{"UnitAlreadyInDatabase:kilo,k,"});
+  EXPECT_EQ(db->getNumPrefixes(), before + 1);
+  // A prefix alias with a symbol of its own: found by it, and its inherited name stays the target's.
+  db->addUnitPrefix(*UnitFactory::createUnitPrefixAlias(L"", L"K", L"", L"", *db->getUnitPrefix(L"kilo").begin(), {}));
+  EXPECT_EQ(db->getUnitPrefix(L"K").size(), 1u);
+  EXPECT_EQ(db->getUnitPrefix(L"kilo").size(), 1u);
+}
+
+TEST_F(CatalogueTest, UnitsForwardToWhatTheyNameOrExtend) {
+  auto u = lengthUnit(L"rod", L"rd", L"rd");
+  u->addPrefixByName(L"kilo");
+  u->addPrefixByName(L"u");     // by symbol too
+  u->addPrefixByName(L"kibi");  // unknown: silent
+  EXPECT_EQ(u->getPrefixes().size(), 2u);
+  u->setSubUnit(L"surveyor");
+  u->setUnitFlag(true);
+  db->addUnit(*u);
+  const UnitBase::UnitSet krd = db->getUnit(L"krd");
+  ASSERT_EQ(krd.size(), 1u);
+  const auto& composite = dynamic_cast<const CompositeUnit&>(krd.begin()->get());
+  EXPECT_EQ(composite.getSubUnit(), L"surveyor");
+  EXPECT_TRUE(composite.getUnitFlag());
+  EXPECT_FALSE(composite.hasPrefix(*db->getUnitPrefix(L"kilo").begin()));
+  std::unique_ptr<CompositeUnit> copy(composite.clone());
+  EXPECT_EQ(copy->compare(composite), 0);
+  EXPECT_EQ(copy->getInternalBaseConversionFactor(), F::createConversionFactor(1, 1, 3));
+  const Unit& rod = qltest::storedUnit(L"rod");
+  auto alias = UnitFactory::createUnitAlias(L"pole", L"", L"", L"", rod, {});
+  alias->setSubUnit(L"other");
+  alias->setUnitFlag(false);
+  EXPECT_EQ(alias->getSubUnit(), L"surveyor");
+  EXPECT_TRUE(alias->getUnitFlag());
+  EXPECT_TRUE(alias->hasPrefix(*db->getUnitPrefix(L"kilo").begin()));
+  EXPECT_EQ(alias->getPrefixes().size(), 2u);
+  EXPECT_TRUE(rod.isConversionAccurate());
+}
+
 TEST_F(CatalogueTest, UnitSystemsByName) {
   EXPECT_EQ(db->getNumUnitSystems(), 2u);
   db->addUnitSystem(UnitSystem(L"SI"));
