@@ -51,6 +51,46 @@ bool Unit::getUnitFlag() const { return unitFlag_; }
 
 namespace {
 
+// A client may alias an alias, or prefix a composite, as often as it likes: these follow such chains
+// in a loop, so the forwarding below never recurses deeper than one call.
+
+// The first unit of the chain that is not an alias.
+const Unit& throughAliases(const Unit& unit) {
+  const Unit* at = &unit;
+  while (const auto* alias = at->isAliased() ? dynamic_cast<const UnitAlias*>(at) : nullptr)
+    at = &alias->getAliasedUnit();
+  return *at;
+}
+
+// The first unit that is neither an alias nor a composite: the owner of the fundamental map, the
+// sub-unit and the flag.
+const Unit& throughAliasesAndComposites(const Unit& unit) {
+  const Unit* at = &unit;
+  for (;;) {
+    if (const auto* alias = at->isAliased() ? dynamic_cast<const UnitAlias*>(at) : nullptr)
+      at = &alias->getAliasedUnit();
+    else if (const auto* composite = at->isPrefixedUnit() ? dynamic_cast<const CompositeUnit*>(at) : nullptr)
+      at = &composite->getBaseUnit();
+    else
+      return *at;
+  }
+}
+
+// The unit systems of a composite or an alias: a prefix standing alone gives its prefix's.
+const std::vector<UnitSystem*>& systemsOf(const Unit& unit) {
+  const Unit* at = &unit;
+  for (;;) {
+    if (const auto* alias = at->isAliased() ? dynamic_cast<const UnitAlias*>(at) : nullptr) {
+      at = &alias->getAliasedUnit();
+    } else if (const auto* composite = at->isPrefixedUnit() ? dynamic_cast<const CompositeUnit*>(at) : nullptr) {
+      if (composite->isPrefixOnly()) return composite->getPrefix().getUnitSystems();
+      at = &composite->getBaseUnit();
+    } else {
+      return at->getUnitSystems();
+    }
+  }
+}
+
 const UnitPrefix::PrefixSet& noPrefixes() {
   static const UnitPrefix::PrefixSet empty;
   return empty;
@@ -72,17 +112,15 @@ CompositeUnit* CompositeUnit::clone() const { return new CompositeUnit(*this); }
 bool CompositeUnit::isPrefixOnly() const { return prefixOnly_; }
 bool CompositeUnit::isPrefixedUnit() const { return true; }
 const UnitBase::ExprMap& CompositeUnit::getFundamentalUnitsExprAST() const {
-  return baseUnit_->getFundamentalUnitsExprAST();
+  return throughAliasesAndComposites(*baseUnit_).getFundamentalUnitsExprAST();
 }
-const std::vector<UnitSystem*>& CompositeUnit::getUnitSystems() const {
-  return prefixOnly_ ? prefix_->getUnitSystems() : baseUnit_->getUnitSystems();
-}
+const std::vector<UnitSystem*>& CompositeUnit::getUnitSystems() const { return systemsOf(*this); }
 const UnitPrefix::PrefixSet& CompositeUnit::getPrefixes() const { return noPrefixes(); }
 bool CompositeUnit::hasPrefix(const UnitPrefix& /*prefix*/) const { return false; }
-const std::wstring& CompositeUnit::getSubUnit() const { return baseUnit_->getSubUnit(); }
+const std::wstring& CompositeUnit::getSubUnit() const { return throughAliasesAndComposites(*baseUnit_).getSubUnit(); }
 void CompositeUnit::setSubUnit(const std::wstring& /*subUnit*/) {}
 void CompositeUnit::setUnitFlag(bool /*flag*/) {}
-bool CompositeUnit::getUnitFlag() const { return baseUnit_->getUnitFlag(); }
+bool CompositeUnit::getUnitFlag() const { return throughAliasesAndComposites(*baseUnit_).getUnitFlag(); }
 
 // ---- UnitAlias
 
@@ -98,21 +136,21 @@ UnitAlias::UnitAlias(std::wstring name, std::wstring symbol, std::wstring asciiS
 }
 
 UnitAlias* UnitAlias::clone() const { return new UnitAlias(*this); }
-bool UnitAlias::isPrefixOnly() const { return aliasedUnit_->isPrefixOnly(); }
-bool UnitAlias::isPrefixedUnit() const { return aliasedUnit_->isPrefixedUnit(); }
+bool UnitAlias::isPrefixOnly() const { return throughAliases(*aliasedUnit_).isPrefixOnly(); }
+bool UnitAlias::isPrefixedUnit() const { return throughAliases(*aliasedUnit_).isPrefixedUnit(); }
 bool UnitAlias::isAliased() const { return true; }
 const ConversionFactor& UnitAlias::getInternalBaseConversionFactor() const {
-  return aliasedUnit_->getInternalBaseConversionFactor();
+  return throughAliases(*aliasedUnit_).getInternalBaseConversionFactor();
 }
 const UnitBase::ExprMap& UnitAlias::getFundamentalUnitsExprAST() const {
-  return aliasedUnit_->getFundamentalUnitsExprAST();
+  return throughAliasesAndComposites(*aliasedUnit_).getFundamentalUnitsExprAST();
 }
-const std::vector<UnitSystem*>& UnitAlias::getUnitSystems() const { return aliasedUnit_->getUnitSystems(); }
-const UnitPrefix::PrefixSet& UnitAlias::getPrefixes() const { return aliasedUnit_->getPrefixes(); }
-bool UnitAlias::hasPrefix(const UnitPrefix& prefix) const { return aliasedUnit_->hasPrefix(prefix); }
-const std::wstring& UnitAlias::getSubUnit() const { return aliasedUnit_->getSubUnit(); }
+const std::vector<UnitSystem*>& UnitAlias::getUnitSystems() const { return systemsOf(*this); }
+const UnitPrefix::PrefixSet& UnitAlias::getPrefixes() const { return throughAliases(*aliasedUnit_).getPrefixes(); }
+bool UnitAlias::hasPrefix(const UnitPrefix& prefix) const { return throughAliases(*aliasedUnit_).hasPrefix(prefix); }
+const std::wstring& UnitAlias::getSubUnit() const { return throughAliasesAndComposites(*aliasedUnit_).getSubUnit(); }
 void UnitAlias::setSubUnit(const std::wstring& /*subUnit*/) {}
 void UnitAlias::setUnitFlag(bool /*flag*/) {}
-bool UnitAlias::getUnitFlag() const { return aliasedUnit_->getUnitFlag(); }
+bool UnitAlias::getUnitFlag() const { return throughAliasesAndComposites(*aliasedUnit_).getUnitFlag(); }
 
 }  // namespace QLTypeSys

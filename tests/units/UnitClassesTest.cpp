@@ -157,3 +157,41 @@ TEST(UnitPrint, ExprInQuotes) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(UnitChains, LongAliasAndCompositeChainsDoNotRecurse) {
+  auto kilo = UnitFactory::createUnitPrefix(L"k", L"k", L"k", L"", F::createConversionFactor(1, 1, 3), {});
+  auto base = plain(L"m", L"m", ConversionFactor::unity);
+  base->setSubUnit(L"sub");
+  base->addPrefix(*kilo);
+  std::vector<std::unique_ptr<Unit>> chain;
+  const Unit* last = base.get();
+  for (int i = 0; i < 100000; ++i) {
+    if (i % 2 == 0)
+      chain.push_back(UnitFactory::createUnitAlias(L"a" + std::to_wstring(i), L"", L"", L"", *last, {}));
+    else
+      chain.push_back(std::make_unique<CompositeUnit>(UnitFactory::getDefaultUnitPrefix(), *last));
+    last = chain.back().get();
+  }
+  EXPECT_EQ(&last->getFundamentalUnitsExprAST(), &base->getFundamentalUnitsExprAST());
+  EXPECT_EQ(last->getSubUnit(), L"sub");
+  EXPECT_TRUE(last->getUnitSystems().empty());
+  EXPECT_NE(last->compare(*base), 0);
+  auto aliasOfChain = UnitFactory::createUnitAlias(L"top", L"", L"", L"", *last, {});
+  EXPECT_TRUE(aliasOfChain->isPrefixedUnit());
+  EXPECT_FALSE(aliasOfChain->hasPrefix(*kilo));  // a composite admits no prefix
+  EXPECT_EQ(&aliasOfChain->getFundamentalUnitsExprAST(), &base->getFundamentalUnitsExprAST());
+  std::vector<std::unique_ptr<Unit>> aliases;
+  last = base.get();
+  for (int i = 0; i < 100000; ++i) {
+    aliases.push_back(UnitFactory::createUnitAlias(L"b" + std::to_wstring(i), L"", L"", L"", *last, {}));
+    last = aliases.back().get();
+  }
+  EXPECT_TRUE(last->hasPrefix(*kilo));
+  EXPECT_EQ(last->getPrefixes().size(), 1u);
+  EXPECT_FALSE(last->isPrefixedUnit());
+  EXPECT_EQ(last->getInternalBaseConversionFactor(), ConversionFactor::unity);
+}
+
+}  // namespace
