@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "ql_types/platform/Filesystem.hpp"
+#include "ql_types/unitdb/internal/CompositeStore.hpp"
 #include "ql_types/unitdb/internal/FundamentalUnits.hpp"
 #include "ql_types/unitdb/internal/UnitIndex.hpp"
 

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "ql_types/unitdb/UnitDatabase.hpp"
+#include "ql_types/unitdb/internal/CompositeStore.hpp"
 #include "ql_types/unitdb/internal/FundamentalUnits.hpp"
 #include "ql_types/unitdb/internal/UnitIndex.hpp"
 #include "ql_types/units/UnitFactory.hpp"

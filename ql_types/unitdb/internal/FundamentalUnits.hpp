@@ -4,13 +4,10 @@
 // resolution of an expression without any recursion.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "ql_types/units/Unit.hpp"
 #include "ql_types/units/UnitBase.hpp"
 
 namespace QLTypeSys {
@@ -36,15 +33,6 @@ class FundamentalUnits {
   UnitBase::UnitSet abstractSet_;
   UnitBase::UnitSet unitSet_;
   UnitBase::UnitSet extraAbstractSet_;
-};
-
-/// The composite units made by lookups, by (prefix, unit), each made once. Keys are the addresses of the
-/// stored prefix and unit: an index holds one element per place in the order of compare, so the address
-/// names the element as well as compare does, at a fraction of the cost.
-class CompositeStore {
- public:
-  using Key = std::pair<const UnitPrefix*, const Unit*>;
-  std::map<Key, CompositeUnit> map;
 };
 
 }  // namespace internal
