@@ -62,7 +62,8 @@ class UnitBase {
   virtual void setId(int id);
   virtual int getId() const;
   /// Fills the two term maps and the base factor from expr; raises "ParsingError", "UnitNotInDatabase" or
-  /// "AbstractUnitNotInDatabase". On a raise the unit is left as it was.
+  /// "AbstractUnitNotInDatabase". On a raise the unit is left as it was. An expr that is not well-formed
+  /// UTF-16 throws std::out_of_range, as the parser does.
   virtual void parseExpressionAndGenerateAST();
   virtual bool isPrefixOnly() const;
   virtual bool isPrefixedUnit() const;

@@ -65,7 +65,9 @@ void UnitBase::addToExprAST(ExprMap& map, const UnitBase& unit, Exponent e) {
 
 void UnitBase::parseExpressionAndGenerateAST() {
   UnitExprAST ast;
-  if (!parses(expr_, ast)) qlRaise(qlmsg::unit::ParsingError, expr_);
+  // Text that is not UTF-16 throws std::out_of_range from the parser, as everywhere unit texts are read:
+  // no diagnostic could carry it as an argument.
+  if (!parseUnitExpr(expr_, ast)) qlRaise(qlmsg::unit::ParsingError, expr_);
   // Built aside and swapped in at the end, so a term that fails leaves the unit as it was.
   ExprMap terms;
   ExprMap fundamentals;
