@@ -116,8 +116,8 @@ void showUnitDatabase() {
   boost::rational<long long> plain = exact.getRational();
   for (int e = exact.getExponent(); e > 0; --e) plain *= 10;
   for (int e = exact.getExponent(); e < 0; ++e) plain /= 10;
-  std::cout << ", exact factor " << exact.toText() << " = " << plain << " (" << std::setprecision(17) << exact.toDouble()
-            << std::setprecision(6) << ")\n";
+  std::cout << ", exact factor " << exact.toText() << " = " << plain << " (" << std::setprecision(17)
+            << exact.toDouble() << std::setprecision(6) << ")\n";
   auto ms = compose(L"m/s");
   std::cout << "  \"km/h\" against \"m/s\": " << comparisonName(UnitBase::equivalent(*kmh, *ms, StrictExponents))
             << ", 1 km/h = " << kmh->getConversionInfo(*ms, StrictExponents, false).getScalingFactor() << " m/s\n";
