@@ -12,6 +12,7 @@ using namespace QLTypeSys;
 
 void showSymbolicDimensions();  // DimensionsDemo.cpp
 void showUnits();               // UnitsDemo.cpp
+void showUnitDatabase();        // UnitDatabaseDemo.cpp
 
 namespace {
 
@@ -252,5 +253,6 @@ int main() {
   showTypeOperations();
   showSymbolicDimensions();
   showUnits();
+  showUnitDatabase();
   return 0;
 }

@@ -19,6 +19,7 @@
 
 #include "ql_types/platform/BaseMsgID.hpp"
 #include "ql_types/platform/Diagnostic.hpp"
+#include "ql_types/platform/Filesystem.hpp"
 #include "ql_types/platform/HostArray.hpp"
 #include "ql_types/platform/IException.hpp"
 #include "ql_types/platform/Memory.hpp"
@@ -26,13 +27,23 @@
 #include "ql_types/platform/QlFeature.hpp"
 #include "ql_types/platform/Text.hpp"
 
+#include "ql_types/units/AbstractUnit.hpp"
 #include "ql_types/units/ConversionFactor.hpp"
 #include "ql_types/units/ConversionFactorFactory.hpp"
 #include "ql_types/units/ConversionFactorImpl.hpp"
 #include "ql_types/units/ConversionFactorType.hpp"
 #include "ql_types/units/Exponent.hpp"
+#include "ql_types/units/Unit.hpp"
+#include "ql_types/units/UnitAliasInfo.hpp"
+#include "ql_types/units/UnitBase.hpp"
 #include "ql_types/units/UnitExprParser.hpp"
 #include "ql_types/units/UnitExprPartial.hpp"
+#include "ql_types/units/UnitFactory.hpp"
+#include "ql_types/units/UnitNumericInfoForConversions.hpp"
+#include "ql_types/units/UnitPrefix.hpp"
+
+#include "ql_types/unitdb/UnitDatabase.hpp"
+#include "ql_types/unitdb/UnitSystem.hpp"
 
 #include "ql_types/symbolic/SymbolicExpr.hpp"
 #include "ql_types/symbolic/SymbolicExprCopy.hpp"

@@ -1,0 +1,147 @@
+// UnitDatabase: the one process-wide catalogue of units, abstract units, prefixes and unit systems.
+//
+// The first getUnitDatabase creates it with its fundamental units and fills it through the loader (set
+// with setLoader until the package loader fills that role). Lookups answer every reading of a text: the
+// unit stored under that name or symbol, and prefixed readings ("km" is kilo applied to metre when metre
+// admits kilo), whose composite units are made on first request and kept. Nothing here takes a lock:
+// the first call must happen on one thread, and the whole catalogue belongs to one thread after that.
+#pragma once
+
+#include <boost/core/noncopyable.hpp>
+#include <boost/optional.hpp>
+#include <functional>
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "ql_types/unitdb/UnitSystem.hpp"
+#include "ql_types/units/Unit.hpp"
+#include "ql_types/units/UnitBase.hpp"
+#include "ql_types/units/UnitPrefix.hpp"
+
+namespace QLTypeSys {
+
+namespace internal {
+template <class T>
+class UnitIndex;
+class FundamentalUnits;
+class CompositeStore;
+}  // namespace internal
+
+/// The catalogue of units; one instance per process, built on first use.
+class UnitDatabase : private boost::noncopyable {
+ public:
+  /// Fills a freshly created (or cleared) catalogue; given the file path the package loader will read.
+  using Loader = std::function<void(UnitDatabase& database, const std::wstring& path)>;
+
+  virtual ~UnitDatabase();
+  /// "UnitDatabase" and the counts (the third line repeats the abstract units' label, kept as the tool
+  /// prints it) with the number of unit systems.
+  virtual void print(std::ostream& out) const;
+
+  /// The singleton, created and loaded on first call (and again after clearAll).
+  static UnitDatabase* getUnitDatabase();
+  /// Replaces the loader that the next load calls and returns the previous one; an empty loader loads nothing.
+  static Loader setLoader(Loader loader);
+
+  /// Stores a clone of a unit, unit alias or abstract unit. Warns "UnitAlreadyInDatabase" for an equal
+  /// element (the first stays); throws "SimilarInstanceThere" when a name or symbol is taken.
+  void addUnit(const UnitBase& unit);
+  /// Stores a clone of a prefix or prefix alias, by the rules of addUnit.
+  void addUnitPrefix(const UnitPrefix& prefix);
+  /// Appends a copy; names are not checked for duplicates.
+  void addUnitSystem(const UnitSystem& system);
+  /// Declares two abstract units (or the abstract units of two units) reciprocal with the given constant.
+  /// The pair is kept in the order of compare, ties leaving b first; a second declaration replaces the first.
+  void addReciprocalAbstractUnits(const UnitBase& a, const UnitBase& b, const ConversionFactor& factor);
+
+  /// Every unit that text names: stored names and symbols, and prefixed readings through the longest
+  /// stored prefix (prefix names with unit names, prefix symbols with unit symbols).
+  UnitBase::UnitSet getUnit(const std::wstring& text) const;
+  /// getUnit(text) less the units of another abstract unit; the default abstract unit keeps all.
+  UnitBase::UnitSet getUnit(const std::wstring& text, const UnitBase& abstractUnit) const;
+  /// Abstract units by name and symbol.
+  UnitBase::UnitSet getAbstractUnit(const std::wstring& text) const;
+  /// Prefixes and prefix aliases by name and symbol.
+  UnitPrefix::PrefixSet getUnitPrefix(const std::wstring& text) const;
+  /// The first unit system of that name, or null.
+  UnitSystem* getUnitSystem(const std::wstring& name) const;
+  const std::vector<UnitSystem*>& getAllUnitSystems() const { return unitSystems_; }
+
+  UnitBase::UnitSet getAllUnits() const;
+  UnitBase::UnitSet getAllAbstractUnits() const;
+  UnitPrefix::PrefixSet getAllPrefixes() const;
+  unsigned int getNumUnits() const;
+  unsigned int getNumAbstractUnits() const;
+  unsigned int getNumPrefixes() const;
+  unsigned int getNumUnitSystems() const;
+
+  /// Two units whose abstract units, or two abstract units, that are declared reciprocal.
+  bool areUnitsReciprocals(const UnitBase& a, const UnitBase& b) const;
+  /// The declared constant of such a pair, the same for both orders, or nothing.
+  boost::optional<ConversionFactor> getReciprocalConversionFactor(const UnitBase& a, const UnitBase& b) const;
+
+  /// The symbol of the index-th fundamental abstract unit in the order of compare; from 8 on, the empty text.
+  const std::wstring& getFundamentalAbstractUnitSymbol(unsigned int index) const;
+  /// The symbol of the index-th fundamental unit in the order of compare; from 8 on, the empty text.
+  const std::wstring& getFundamentalUnitSymbol(unsigned int index) const;
+  /// Adds the fundamental abstract units (and unitfree) whose symbol, ASCII symbol or name is text.
+  void addMatchingFundamentalAbstractUnitToList(const std::wstring& text, UnitBase::UnitSet& set) const;
+  /// Adds the fundamental units whose symbol, ASCII symbol or name is text.
+  void addMatchingFundamentalUnitToList(const std::wstring& text, UnitBase::UnitSet& set) const;
+
+  /// Empties the catalogue (the fundamental units stay); the next getUnitDatabase loads again. References
+  /// into the catalogue from before are invalid afterwards.
+  void clearAll();
+
+  /// Where the package file lies below the install path.
+  static const std::wstring unitDBPath;
+
+ protected:
+  UnitDatabase();
+  /// Fills the catalogue through the loader.
+  void loadUnitDatabase(const std::wstring& path);
+
+ private:
+  using UnitRef = std::reference_wrapper<const UnitBase>;
+  struct RefPairLess {
+    bool operator()(const std::pair<UnitRef, UnitRef>& a, const std::pair<UnitRef, UnitRef>& b) const;
+  };
+  struct PrefixHash {
+    std::size_t operator()(const std::reference_wrapper<const UnitPrefix>& p) const;
+  };
+  struct PrefixEqual {
+    bool operator()(const std::reference_wrapper<const UnitPrefix>& a,
+                    const std::reference_wrapper<const UnitPrefix>& b) const;
+  };
+
+  const UnitBase& getCompositeUnit(const UnitPrefix& prefix, const Unit& unit) const;
+  void addPrefixedReadings(const std::wstring& text, bool byName, UnitBase::UnitSet& result) const;
+  bool orderedAbstractPair(const UnitBase& a, const UnitBase& b, std::pair<UnitRef, UnitRef>& out) const;
+
+  void clearAllUnits();
+  void clearAllAbstractUnits();
+  void clearAllCompositeUnits();
+  void clearAllPrefixes();
+  void clearAllUnitSystems();
+  void clearAllUnitProvenances();
+
+  static std::unique_ptr<UnitDatabase> _unit_database_;
+
+  std::vector<UnitSystem*> unitSystems_;
+  // Provenances, the provenance relation and the whitelist join here with the catalogue package.
+  std::unordered_multimap<std::reference_wrapper<const UnitPrefix>, UnitRef, PrefixHash, PrefixEqual> prefixUsers_;
+  std::unique_ptr<internal::UnitIndex<UnitBase>> units_;
+  std::unique_ptr<internal::UnitIndex<UnitBase>> abstractUnits_;
+  std::unique_ptr<internal::UnitIndex<UnitPrefix>> prefixes_;
+  std::unique_ptr<internal::CompositeStore> composites_;
+  std::unique_ptr<internal::FundamentalUnits> fundamentals_;
+  std::map<std::pair<UnitRef, UnitRef>, ConversionFactor, RefPairLess> reciprocals_;
+  bool loaded_ = false;
+};
+
+}  // namespace QLTypeSys
