@@ -70,8 +70,10 @@ class Validator {
     aliases();
     for (const auto& t : cat_.translations) {
       if (t.physmod.empty()) problems_.push_back({t.where, "empty physical-modelling symbol"});
-      if (unitSymbols_.count(t.units) == 0)
-        problems_.push_back({t.where, "translation target \"" + t.units + "\" is not a unit symbol"});
+      std::string prefix;
+      // A stored unit, or a prefixed reading of one; the built-in units are not stored and do not count.
+      const bool stored = units_.count(t.units) || (resolveTerm(t.units, prefix) != nullptr && !prefix.empty());
+      if (!stored) problems_.push_back({t.where, "translation target \"" + t.units + "\" is not a unit symbol"});
     }
   }
 
@@ -120,6 +122,20 @@ class Validator {
     return false;
   }
 
+  // A symbol must read back as itself, one term to the power one, or nobody could write it in an expression.
+  void requireSingleName(const std::string& text, const SourceLocation& w) {
+    if (text.empty()) return;
+    UnitExprAST ast;
+    bool ok = false;
+    try {
+      const std::wstring wide = ConvertStdStringToUString(text);
+      ok = parseUnitExpr(wide, ast) && ast.names.size() == 1 && ast.names[0] == wide &&
+           ast.exponents[0].getPositive() == 1 && ast.exponents[0].getNegative() == 0;
+    } catch (const std::exception&) {
+    }
+    if (!ok) problems_.push_back({w, "symbol \"" + text + "\" is not a single name of the expression language"});
+  }
+
   void abstracts() {
     for (int i = 0; i < 8; ++i) {
       Dims d{};
@@ -158,9 +174,11 @@ class Validator {
     for (const auto& p : cat_.prefixes) {
       unique(prefixNames_, p.name, p.where, "prefix name");
       unique(seenSymbols, p.symbol, p.where, "prefix symbol");
+      requireSingleName(p.symbol, p.where);
       requireKnown(systems_, p.systems, p.where, "unit system");
       requireKnown(provenances_, p.provenances, p.where, "provenance");
       prefixBySymbol_[p.symbol] = p.name;
+      if (!p.ascii.empty()) prefixBySymbol_.emplace(p.ascii, p.name);  // the symbol index holds ASCII forms too
       prefixByName_[p.name] = p.name;
       prefixScale_[p.name] = checkFactor(p.factor, p.where);
     }
@@ -171,6 +189,7 @@ class Validator {
       requireKnown(systems_, a.systems, a.where, "unit system");
       requireKnown(provenances_, a.provenances, a.where, "provenance");
       prefixBySymbol_[a.symbol] = a.prefix;
+      if (!a.ascii.empty()) prefixBySymbol_.emplace(a.ascii, a.prefix);
       prefixByName_[a.name] = a.prefix;
     }
     for (const auto& s : cat_.prefixSets) {
@@ -218,6 +237,8 @@ class Validator {
       unique(unitNames_, u.symbol == u.name ? "" : u.symbol, u.where, "unit name or symbol");
       if (u.ascii != u.symbol && u.ascii != u.name) unique(unitNames_, u.ascii, u.where, "unit name or symbol");
       requireAbstract(u.abstractUnit, u.where);
+      requireSingleName(u.symbol, u.where);
+      requireSingleName(u.ascii, u.where);
       requireKnown(systems_, u.systems, u.where, "unit system");
       requireKnown(provenances_, u.provenances, u.where, "provenance");
       Resolved res;
@@ -263,11 +284,10 @@ class Validator {
       if (!u.symbol.empty()) {
         units_[u.symbol] = res;
         unitBySymbol_[u.symbol] = u.name;
-        unitSymbols_.insert(u.symbol);
       }
       if (!u.ascii.empty()) {
         units_[u.ascii] = res;
-        unitSymbols_.insert(u.ascii);
+        unitBySymbol_.emplace(u.ascii, u.name);
       }
     }
   }
@@ -280,6 +300,8 @@ class Validator {
       if (a.ascii != a.symbol && a.ascii != a.name) unique(unitNames_, a.ascii, a.where, "unit name or symbol");
       requireKnown(systems_, a.systems, a.where, "unit system");
       requireKnown(provenances_, a.provenances, a.where, "provenance");
+      requireSingleName(a.symbol, a.where);
+      requireSingleName(a.ascii, a.where);
       const auto t = unitByName_.find(a.target);
       if (t == unitByName_.end() || units_.count(a.target) == 0) {
         problems_.push_back({a.where, "unknown unit \"" + a.target + "\" in an alias"});
@@ -297,18 +319,16 @@ class Validator {
       units_[a.name] = r;
       if (!a.symbol.empty()) {
         units_[a.symbol] = r;
-        unitSymbols_.insert(a.symbol);
       }
       if (!a.ascii.empty()) {
         units_[a.ascii] = r;
-        unitSymbols_.insert(a.ascii);
       }
     }
   }
 
   const Catalogue& cat_;
   std::vector<Problem>& problems_;
-  std::set<std::string> abstractRows_, systems_, provenances_, prefixNames_, unitNames_, unitSymbols_;
+  std::set<std::string> abstractRows_, systems_, provenances_, prefixNames_, unitNames_;
   std::map<std::string, Dims> abstractDims_;
   std::map<std::string, std::string> prefixBySymbol_, prefixByName_, unitByName_, unitBySymbol_;
   std::map<std::string, double> prefixScale_;
