@@ -106,7 +106,10 @@ INSTANTIATE_TEST_SUITE_P(
         BadLine{"abstract speed = length/tim", "unknown abstract unit \"tim\""},
         BadLine{"abstract velocity = length", "duplicate abstract unit"},
         BadLine{"prefix mega | k | = | 1e6 | SI | P", "duplicate prefix symbol \"k\""},
-        BadLine{"prefixset S2 = kilo hecto", "unknown prefix \"hecto\""}, BadLine{"system SI", "duplicate unit system"},
+        BadLine{"prefixset S2 = kilo hecto", "unknown prefix \"hecto\""},
+        BadLine{"prefix mega | M | k | 1e6 | SI | P", "duplicate prefix symbol \"k\""},
+        BadLine{"unit foo | f/s | = | 1 | m | length | - | SI | P", "is not a single name"},
+        BadLine{"alias feet | ft^2 | - | inch | SI | P", "is not a single name"}, BadLine{"system SI", "duplicate unit system"},
         BadLine{"reciprocal velocity | force | reciprocal 1", "unknown abstract unit \"force\""},
         BadLine{"physmod lbm | lb", "not a unit symbol"}, BadLine{"unitt foo", "unknown keyword"},
         BadLine{"unit hot | hh | = | affine 1 + 1 | m^2 | length | - | SI | P", "dimensions"}));

@@ -298,7 +298,8 @@ void readCatalogueText(const std::string& text, const std::string& fileName, Cat
         PrefixRow r{where, f[0], f[1], ascii, display, {}, splitWords(f[4]), splitWords(f[5])};
         if (factorOf(f[3], r.factor)) cat.prefixes.push_back(r);
       } else {
-        cat.prefixAliases.push_back({where, f[0], f[1], ascii, display, f[3], splitWords(f[4]), splitWords(f[5])});
+        cat.prefixAliases.push_back(
+            {where, f[0], f[1], dashEmpty(ascii), display, f[3], splitWords(f[4]), splitWords(f[5])});
       }
     } else if (keyword == "unit") {
       if (!fieldsBetween(9, 10, f)) continue;

@@ -174,6 +174,7 @@ class Validator {
     for (const auto& p : cat_.prefixes) {
       unique(prefixNames_, p.name, p.where, "prefix name");
       unique(seenSymbols, p.symbol, p.where, "prefix symbol");
+      if (p.ascii != p.symbol) unique(seenSymbols, p.ascii, p.where, "prefix symbol");
       requireSingleName(p.symbol, p.where);
       requireKnown(systems_, p.systems, p.where, "unit system");
       requireKnown(provenances_, p.provenances, p.where, "provenance");
@@ -186,6 +187,7 @@ class Validator {
       if (prefixNames_.count(a.prefix) == 0) problems_.push_back({a.where, "unknown prefix \"" + a.prefix + "\""});
       unique(prefixNames_, a.name, a.where, "prefix name");
       unique(seenSymbols, a.symbol, a.where, "prefix symbol");
+      if (a.ascii != a.symbol) unique(seenSymbols, a.ascii, a.where, "prefix symbol");
       requireKnown(systems_, a.systems, a.where, "unit system");
       requireKnown(provenances_, a.provenances, a.where, "provenance");
       prefixBySymbol_[a.symbol] = a.prefix;
