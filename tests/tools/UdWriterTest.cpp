@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -64,6 +65,8 @@ struct BadLine {
   const char* line;
   const char* message;  // a part of the expected message
 };
+
+void PrintTo(const BadLine& c, std::ostream* os) { *os << c.line; }
 
 class CatalogueErrors : public ::testing::TestWithParam<BadLine> {};
 
@@ -138,6 +141,8 @@ struct FactorCase {
   const char* stored;
   double value;
 };
+
+void PrintTo(const FactorCase& c, std::ostream* os) { *os << c.source; }
 
 class FactorTexts : public ::testing::TestWithParam<FactorCase> {};
 
