@@ -116,6 +116,10 @@ INSTANTIATE_TEST_SUITE_P(
         BadLine{"system SI", "duplicate unit system"},
         BadLine{"reciprocal velocity | force | reciprocal 1", "unknown abstract unit \"force\""},
         BadLine{"physmod lbm | lb", "not a unit symbol"}, BadLine{"unitt foo", "unknown keyword"},
+        BadLine{"unit foo | fo | = | 0 | m | length | - | SI | P", "not a finite non-zero"},
+        BadLine{"reciprocal velocity | length | 2", "needs a \"reciprocal\" factor"},
+        BadLine{"provenance Q | T | - | O | Org | 20x9 | - | 1", "year"},
+        BadLine{"prefixalias kiloo | kk | = | kiloo | SI | P", "unknown prefix \"kiloo\""},
         BadLine{"unit hot | hh | = | affine 1 + 1 | m^2 | length | - | SI | P", "dimensions"}));
 
 TEST(CatalogueErrors, LaterRowsMayNotBeUsedEarlier) {
