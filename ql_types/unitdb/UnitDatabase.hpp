@@ -109,8 +109,8 @@ class UnitDatabase : private boost::noncopyable {
   /// The provenance of that identifier: one element, or none.
   ProvenanceList getUnitProvenance(const std::wstring& identifier) const;
   const std::unordered_map<std::wstring, UnitProvenance>& getAllUnitProvenances() const;
-  /// Appends the provenances of the unit's symbol, or the provenance "Unknown" when it has none. Throws
-  /// std::out_of_range when that is needed and the catalogue holds no "Unknown".
+  /// Appends the provenances of the unit's symbol (in order of entry), or the provenance "Unknown" when it has none.
+  /// Throws std::out_of_range when that is needed and the catalogue holds no "Unknown".
   void appendProvenancesForUnit(const UnitBase& unit, ProvenanceList& out) const;
   /// Inserts the first unit found for each symbol the provenance defines, or the dummy unit when none.
   void appendUnitsForProvenance(const UnitProvenance& provenance, UnitBase::UnitSet& out) const;
