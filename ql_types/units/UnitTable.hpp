@@ -90,7 +90,7 @@ class UnitTable {
   qlsvDiagnosticImpl* getErrorQueue() const { return errorQueue_; }
   void setErrorQueue(qlsvDiagnosticImpl* queue) { errorQueue_ = queue; }
 
-  /// The diagnostic that explains a comparison result; null for 0, 2, 4 and values outside the enumeration.
+  /// The diagnostic that explains a comparison result; null for 0, 2 and 4.
   static qlsvDiagnostic errorCause(const UnitComparison& comparison);
   /// "unitless", or a text whose terms the unit database knows; "inherit" is not.
   static bool isAValidUnit(const std::wstring& text);
