@@ -2,8 +2,8 @@
 #include <cmath>
 #include <cstdint>
 #include <iomanip>
-#include <limits>
 #include <iostream>
+#include <limits>
 #include <vector>
 
 #include "ql_types/ql_types.hpp"
@@ -13,6 +13,7 @@ using namespace QLTypeSys;
 void showSymbolicDimensions();  // DimensionsDemo.cpp
 void showUnits();               // UnitsDemo.cpp
 void showUnitDatabase();        // UnitDatabaseDemo.cpp
+void showUnitTable();           // UnitTableDemo.cpp
 
 namespace {
 
@@ -27,8 +28,8 @@ void showDiagnostics() {
     std::cout << "caught " << d->getCatalog() << " / " << d->getKey() << "\n  " << d->getMessage() << '\n';
   }
   qlsvDiagnostic chain = qlMakeDiagnostic(qlmsg::unit::UnitDatabaseFileOpenError, L"/tmp/e_ud");
-  chain = qlsvConcatenateDiagnostics(std::move(chain), qlMakeDiagnostic(qlmsg::unit::UnitNotInDatabase, L"furlong"),
-                                     false);
+  chain =
+      qlsvConcatenateDiagnostics(std::move(chain), qlMakeDiagnostic(qlmsg::unit::UnitNotInDatabase, L"furlong"), false);
   std::cout << "a chain of two diagnostics:\n" << chain->getReport();
 }
 
@@ -37,8 +38,8 @@ void showDataTypeTable() {
   DataTypeTable table;
   for (int id = -1; id < table.getNumDataTypes() - 1; ++id) {
     const DataType* t = table.getDataType(id);
-    std::cout << "  " << id << "\t" << t->getName() << "\tsize " << t->getSize() << "\tqualifier "
-              << t->getType() << '\n';
+    std::cout << "  " << id << "\t" << t->getName() << "\tsize " << t->getSize() << "\tqualifier " << t->getType()
+              << '\n';
   }
 
   section("Client types, fixed-point names and aliases");
@@ -139,14 +140,15 @@ void showNestedBus() {
   DataTypeTable table;
   const int inner = fillStruct(table, "Inner", {{"k", 4, 1, false}, {"z", 0, 1, true}});
   const int point = fillStruct(table, "Point", {{"x", 1, 1, false}, {"y", 1, 1, false}});
-  const int top = fillStruct(table, "Sensor",
-                             {{"id", 7, 1, false}, {"inner", inner, 1, false}, {"pts", point, 3, false},
-                              {"gain", 0, 1, true}});
+  const int top =
+      fillStruct(table, "Sensor",
+                 {{"id", 7, 1, false}, {"inner", inner, 1, false}, {"pts", point, 3, false}, {"gain", 0, 1, true}});
   auto* s = static_cast<StructDataType*>(table.getDataType(top));
   s->createCacheForFrequentlyAccessedProperties(&table);
   std::cout << "  Sensor: size " << s->getSize() << ", " << s->getNumDFSElements() << " nodes, "
-            << s->getNumFlatElements() << " leaves, " << s->getNumRawElements() << " raw values; complex data: "
-            << (s->hasComplexData() ? "yes" : "no") << ", array of buses: " << (s->hasAOB() ? "yes" : "no") << '\n';
+            << s->getNumFlatElements() << " leaves, " << s->getNumRawElements()
+            << " raw values; complex data: " << (s->hasComplexData() ? "yes" : "no")
+            << ", array of buses: " << (s->hasAOB() ? "yes" : "no") << '\n';
   auto typeName = [&table](int id) { return table.getDataType(id)->getName(); };
 
   std::cout << "  immediate elements:\n";
@@ -173,14 +175,26 @@ void showNestedBus() {
   RawElementAccess raw(&table, top);
   for (int i = 0; i < raw.getNumElements(); ++i)
     std::cout << " " << i << ":" << typeName(raw.getDataTypeId(i)) << "@" << raw.getOffset(i);
-  std::cout << "\n  the second Sensor of an array starts its node 3 at offset " << dfs.getOffset(dfs.getNumElements() + 3)
-            << ": " << ConvertUStringToStdString(dfs.getFullPathAsString(dfs.getNumElements() + 3, true)) << '\n';
+  std::cout << "\n  the second Sensor of an array starts its node 3 at offset "
+            << dfs.getOffset(dfs.getNumElements() + 3) << ": "
+            << ConvertUStringToStdString(dfs.getFullPathAsString(dfs.getNumElements() + 3, true)) << '\n';
 }
 
 void showConversion() {
   section("Built-in conversion of doubles with edge values");
-  const double src[] = {-129.5, -128.0, -1.5, -0.5, 0.49999999999999994, 2.5, 7.0, 127.5, 200.7, 70000.25, 1e300,
-                        std::numeric_limits<double>::infinity(), std::nan("")};
+  const double src[] = {-129.5,
+                        -128.0,
+                        -1.5,
+                        -0.5,
+                        0.49999999999999994,
+                        2.5,
+                        7.0,
+                        127.5,
+                        200.7,
+                        70000.25,
+                        1e300,
+                        std::numeric_limits<double>::infinity(),
+                        std::nan("")};
   const unsigned n = sizeof src / sizeof src[0];
   std::cout << "  source:" << std::setprecision(17);
   for (double v : src) std::cout << ' ' << v;
@@ -195,12 +209,24 @@ void showConversion() {
                                            static_cast<fxpModeRounding_tag>(r), false);
         for (unsigned i = 0; i < n; ++i) {
           switch (dst) {
-            case 2: out[i] = reinterpret_cast<std::int8_t*>(buffer)[i]; break;
-            case 3: out[i] = buffer[i]; break;
-            case 4: out[i] = reinterpret_cast<std::int16_t*>(buffer)[i]; break;
-            case 5: out[i] = reinterpret_cast<std::uint16_t*>(buffer)[i]; break;
-            case 6: out[i] = reinterpret_cast<std::int32_t*>(buffer)[i]; break;
-            default: out[i] = reinterpret_cast<std::uint32_t*>(buffer)[i]; break;
+            case 2:
+              out[i] = reinterpret_cast<std::int8_t*>(buffer)[i];
+              break;
+            case 3:
+              out[i] = buffer[i];
+              break;
+            case 4:
+              out[i] = reinterpret_cast<std::int16_t*>(buffer)[i];
+              break;
+            case 5:
+              out[i] = reinterpret_cast<std::uint16_t*>(buffer)[i];
+              break;
+            case 6:
+              out[i] = reinterpret_cast<std::int32_t*>(buffer)[i];
+              break;
+            default:
+              out[i] = reinterpret_cast<std::uint32_t*>(buffer)[i];
+              break;
           }
         }
         std::cout << "  " << DataTypeTable::getNameOfBuiltInDataType(dst) << (o ? " saturate " : " wrap     ")
@@ -213,8 +239,8 @@ void showConversion() {
   std::cout << "  the lossless check and the overflow pre-check, element by element, double to int8 (nearest):\n";
   for (unsigned i = 0; i < n; ++i) {
     std::int8_t one = 0;
-    const bool kept = qlConvertBuiltInDTypeVectWithCheck(&src[i], 1, 0, false, &one, 1, 2, false,
-                                                         FXP_OVERFLOW_SATURATE, FXP_ROUND_NEAREST, true);
+    const bool kept = qlConvertBuiltInDTypeVectWithCheck(&src[i], 1, 0, false, &one, 1, 2, false, FXP_OVERFLOW_SATURATE,
+                                                         FXP_ROUND_NEAREST, true);
     const bool overflows =
         DataType::CheckForOverflowDuringDataTypeConversion(&src[i], 1, 0, false, 2, FXP_ROUND_NEAREST);
     std::cout << "    " << src[i] << " -> " << int(one) << (kept ? "  exact" : "  changed")
@@ -254,5 +280,6 @@ int main() {
   showSymbolicDimensions();
   showUnits();
   showUnitDatabase();
+  showUnitTable();
   return 0;
 }

@@ -33,6 +33,7 @@
 #include "ql_types/units/ConversionFactorImpl.hpp"
 #include "ql_types/units/ConversionFactorType.hpp"
 #include "ql_types/units/Exponent.hpp"
+#include "ql_types/units/PhysModUnitsObserver.hpp"
 #include "ql_types/units/Unit.hpp"
 #include "ql_types/units/UnitAliasInfo.hpp"
 #include "ql_types/units/UnitBase.hpp"
@@ -41,8 +42,10 @@
 #include "ql_types/units/UnitFactory.hpp"
 #include "ql_types/units/UnitNumericInfoForConversions.hpp"
 #include "ql_types/units/UnitPrefix.hpp"
+#include "ql_types/units/UnitTable.hpp"
 
 #include "ql_types/unitdb/UnitDatabase.hpp"
+#include "ql_types/unitdb/UnitProvenance.hpp"
 #include "ql_types/unitdb/UnitSystem.hpp"
 
 #include "ql_types/symbolic/SymbolicExpr.hpp"

@@ -6,7 +6,9 @@
 #include "ql_types/platform/Filesystem.hpp"
 #include "ql_types/unitdb/internal/CompositeStore.hpp"
 #include "ql_types/unitdb/internal/FundamentalUnits.hpp"
+#include "ql_types/unitdb/internal/ProvenanceStore.hpp"
 #include "ql_types/unitdb/internal/UnitIndex.hpp"
+#include "ql_types/units/PhysModUnitsObserver.hpp"
 
 namespace QLTypeSys {
 
@@ -25,7 +27,8 @@ UnitDatabase::Loader& loaderSlot() {
 UnitDatabase::UnitDatabase()
     : units_(std::make_unique<internal::UnitIndex<UnitBase>>(false)),
       abstractUnits_(std::make_unique<internal::UnitIndex<UnitBase>>(false)),
-      prefixes_(std::make_unique<internal::UnitIndex<UnitPrefix>>(true)) {}
+      prefixes_(std::make_unique<internal::UnitIndex<UnitPrefix>>(true)),
+      provenance_(std::make_unique<internal::ProvenanceStore>()) {}
 
 UnitDatabase::~UnitDatabase() {
   // Composites and the prefix users refer into the indexes: they go first.
@@ -46,6 +49,7 @@ UnitDatabase* UnitDatabase::getUnitDatabase() {
     // Loaded first: the loader's own calls to getUnitDatabase must not start a second load.
     db.loaded_ = true;
     db.loadUnitDatabase(fl::filesystem::get_install_path() + unitDBPath);
+    PhysModUnitsObserver::getObserver().setActive(true);
   }
   return &db;
 }
@@ -127,13 +131,17 @@ void UnitDatabase::clearAllCompositeUnits() {
 }
 
 void UnitDatabase::clearAllUnits() {
-  // The provenance relation joins here with the catalogue package.
+  provenance_->relation.clear();
   prefixUsers_.clear();
   units_->clear();
   loaded_ = false;
 }
 
-void UnitDatabase::clearAllUnitProvenances() { loaded_ = false; }
+void UnitDatabase::clearAllUnitProvenances() {
+  provenance_->relation.clear();
+  provenance_->provenances.clear();
+  loaded_ = false;
+}
 
 void UnitDatabase::clearAllAbstractUnits() {
   abstractUnits_->clear();
@@ -162,6 +170,9 @@ void UnitDatabase::clearAll() {
   prefixUsers_.clear();
   clearAllUnitSystems();
   clearAllUnitProvenances();
+  PhysModUnitsObserver::getObserver().setActive(false);
+  provenance_->partners.clear();
+  provenance_->pairCounts.clear();
   loaded_ = false;
 }
 

@@ -18,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "ql_types/unitdb/UnitProvenance.hpp"
 #include "ql_types/unitdb/UnitSystem.hpp"
 #include "ql_types/units/Unit.hpp"
 #include "ql_types/units/UnitBase.hpp"
@@ -30,6 +31,7 @@ template <class T>
 class UnitIndex;
 class FundamentalUnits;
 class CompositeStore;
+class ProvenanceStore;
 }  // namespace internal
 
 /// The catalogue of units; one instance per process, built on first use.
@@ -94,6 +96,30 @@ class UnitDatabase : private boost::noncopyable {
   /// Adds the fundamental units whose symbol, ASCII symbol or name is text.
   void addMatchingFundamentalUnitToList(const std::wstring& text, UnitBase::UnitSet& set) const;
 
+  /// References to stored provenances.
+  using ProvenanceList = std::vector<std::reference_wrapper<const UnitProvenance>>;
+  /// References to stored units, in the order they were appended.
+  using UnitList = std::vector<std::reference_wrapper<const UnitBase>>;
+
+  /// Stores a provenance under its identifier; an identifier already there keeps its first provenance.
+  void addUnitProvenance(UnitProvenance&& provenance);
+  /// Enters the pair (unit symbol, provenance identifier) in the provenance relation; a repeated pair is
+  /// kept once. The loader calls this for units and aliases.
+  void addUnitProvenanceMapping(const std::wstring& unitSymbol, const std::wstring& provenanceID);
+  /// The provenance of that identifier: one element, or none.
+  ProvenanceList getUnitProvenance(const std::wstring& identifier) const;
+  const std::unordered_map<std::wstring, UnitProvenance>& getAllUnitProvenances() const;
+  /// Appends the provenances of the unit's symbol (in order of entry), or the provenance "Unknown" when it has none.
+  /// Throws std::out_of_range when that is needed and the catalogue holds no "Unknown".
+  void appendProvenancesForUnit(const UnitBase& unit, ProvenanceList& out) const;
+  /// Inserts the first unit found for each symbol the provenance defines, or the dummy unit when none.
+  void appendUnitsForProvenance(const UnitProvenance& provenance, UnitBase::UnitSet& out) const;
+  /// Counts, for every ordered pair of distinct fundamental terms of the unit, one more unit holding both.
+  void addWhitelistedUnits(const UnitBase& unit);
+  /// Appends the partners of the words, the partner seen most often with them last (ties in order of
+  /// entry). A partner's weight is the sum of its counts with each word.
+  void getWhitelistedUnits(UnitList& out, const std::vector<std::wstring>& words) const;
+
   /// Empties the catalogue (the fundamental units stay); the next getUnitDatabase loads again. References
   /// into the catalogue from before are invalid afterwards.
   void clearAll();
@@ -133,13 +159,13 @@ class UnitDatabase : private boost::noncopyable {
   static std::unique_ptr<UnitDatabase> _unit_database_;
 
   std::vector<UnitSystem*> unitSystems_;
-  // Provenances, the provenance relation and the whitelist join here with the catalogue package.
   std::unordered_multimap<std::reference_wrapper<const UnitPrefix>, UnitRef, PrefixHash, PrefixEqual> prefixUsers_;
   std::unique_ptr<internal::UnitIndex<UnitBase>> units_;
   std::unique_ptr<internal::UnitIndex<UnitBase>> abstractUnits_;
   std::unique_ptr<internal::UnitIndex<UnitPrefix>> prefixes_;
   std::unique_ptr<internal::CompositeStore> composites_;
   std::unique_ptr<internal::FundamentalUnits> fundamentals_;
+  std::unique_ptr<internal::ProvenanceStore> provenance_;
   std::map<std::pair<UnitRef, UnitRef>, ConversionFactor, RefPairLess> reciprocals_;
   bool loaded_ = false;
 };

@@ -12,6 +12,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "ql_types/units/ConversionFactor.hpp"
 #include "ql_types/units/Exponent.hpp"
@@ -20,6 +21,7 @@
 namespace QLTypeSys {
 
 class UnitBase;
+class UnitSystem;
 
 /// How two exponent maps are compared: 0 compares both counts of every term, anything else net values only.
 enum ExponentUsage { StrictExponents = 0, NetExponents = 1 };
@@ -120,6 +122,9 @@ class UnitBase {
   /// Adds, for each term, its fundamental map times its exponent to out. Raises "ParsingError" with expr
   /// when a count leaves the 32-bit range (out may then hold part of the terms).
   void getDimensionalExpr(ExprMap& out) const;
+  /// Whether the unit can stand in a model of those unit systems: a unit of the catalogue when it has no
+  /// systems or shares one; an expression when each of its terms does. Anything but a unit fits.
+  bool isUnitCompatibleWithUnitSystems(const std::vector<UnitSystem*>& systems) const;
   /// One line per fundamental term: symbol, "^", net exponent.
   void displayCanonicalForm(std::ostream& out) const;
 
