@@ -72,20 +72,8 @@ bool UnitBase::isValidStringForUnitName(const std::wstring& text) {
     return false;
   }
   for (std::uint32_t c : cps) {
-    switch (c) {
-      case '@':
-      case '*':
-      case '/':
-      case '^':
-      case '(':
-      case ')':
-      case '+':
-      case '-':
-        return false;  // the operators are never alphanumeric; listed so the rule reads whole
-      default:
-        break;
-    }
-    if (!boost::spirit::ucd::is_alphanumeric(c)) return false;
+    // The operators are never alphanumeric; tested by name so the rule reads whole.
+    if (internal::isUnitExprOperator(c) || !boost::spirit::ucd::is_alphanumeric(c)) return false;
   }
   return true;
 }

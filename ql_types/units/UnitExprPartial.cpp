@@ -21,22 +21,6 @@ namespace {
 
 namespace ucd = boost::spirit::ucd;
 
-bool isOperator(std::uint32_t c) {
-  switch (c) {
-    case '@':
-    case '*':
-    case '/':
-    case '^':
-    case '(':
-    case ')':
-    case '+':
-    case '-':
-      return true;
-    default:
-      return false;
-  }
-}
-
 // Open groups at the end of text; -1 when a ")" closes nothing.
 int openGroups(const std::wstring& text) {
   int depth = 0;
@@ -71,7 +55,7 @@ bool abstractCanContinue(const internal::CodePoints& right, std::wstring& name) 
                                      right.begin() + static_cast<std::ptrdiff_t>(e));
   name = internal::encodeUtf16(trimmed);
   for (std::uint32_t c : trimmed)
-    if (!ucd::is_graph(c) || isOperator(c)) return false;
+    if (!ucd::is_graph(c) || internal::isUnitExprOperator(c)) return false;
   return true;
 }
 

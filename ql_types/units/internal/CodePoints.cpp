@@ -26,6 +26,22 @@ CodePoints decodeUtf16(const std::wstring& text) {
   return cps;
 }
 
+bool isUnitExprOperator(std::uint32_t c) {
+  switch (c) {
+    case '@':
+    case '*':
+    case '/':
+    case '^':
+    case '(':
+    case ')':
+    case '+':
+    case '-':
+      return true;
+    default:
+      return false;
+  }
+}
+
 std::wstring encodeUtf16(const CodePoints& cps) {
   std::u16string units;
   using Out = boost::utf16_output_iterator<std::back_insert_iterator<std::u16string>>;

@@ -15,6 +15,9 @@ CodePoints decodeUtf16(const std::wstring& text);
 /// The UTF-16 form of code points.
 std::wstring encodeUtf16(const CodePoints& cps);
 
+/// Whether c is one of the operators of the expression language, "@*/^()+-", which no name may hold.
+bool isUnitExprOperator(std::uint32_t c);
+
 /// The deepest nesting of "(" in the text; a ")" without its "(" counts as no nesting.
 int maxNesting(const CodePoints& cps);
 
