@@ -18,7 +18,7 @@ const std::wstring UnitDatabase::unitDBPath = L"/toolbox/quillon/ql_types/ud";
 namespace {
 
 UnitDatabase::Loader& loaderSlot() {
-  static UnitDatabase::Loader loader;
+  static UnitDatabase::Loader loader = UnitDatabase::packageLoader();
   return loader;
 }
 
@@ -48,7 +48,7 @@ UnitDatabase* UnitDatabase::getUnitDatabase() {
   if (!db.loaded_) {
     // Loaded first: the loader's own calls to getUnitDatabase must not start a second load.
     db.loaded_ = true;
-    db.loadUnitDatabase(fl::filesystem::get_install_path() + unitDBPath);
+    db.runLoader(fl::filesystem::get_install_path() + unitDBPath);
     PhysModUnitsObserver::getObserver().setActive(true);
   }
   return &db;
@@ -60,7 +60,11 @@ UnitDatabase::Loader UnitDatabase::setLoader(Loader loader) {
   return previous;
 }
 
-void UnitDatabase::loadUnitDatabase(const std::wstring& path) {
+UnitDatabase::Loader UnitDatabase::packageLoader() {
+  return [](UnitDatabase& db, const std::wstring& path) { db.loadUnitDatabase(path); };
+}
+
+void UnitDatabase::runLoader(const std::wstring& path) {
   // Copied: a loader may replace itself while it runs.
   Loader loader = loaderSlot();
   if (loader) loader(*this, path);

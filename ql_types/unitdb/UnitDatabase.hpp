@@ -1,7 +1,8 @@
 // UnitDatabase: the one process-wide catalogue of units, abstract units, prefixes and unit systems.
 //
-// The first getUnitDatabase creates it with its fundamental units and fills it through the loader (set
-// with setLoader until the package loader fills that role). Lookups answer every reading of a text: the
+// The first getUnitDatabase creates it with its fundamental units and fills it through the loader: by
+// default the package loader (loadUnitDatabase, reading <install path>/toolbox/quillon/ql_types/ud);
+// setLoader replaces it, e.g. with a test catalogue. Lookups answer every reading of a text: the
 // unit stored under that name or symbol, and prefixed readings ("km" is kilo applied to metre when metre
 // admits kilo), whose composite units are made on first request and kept. Nothing here takes a lock:
 // the first call must happen on one thread, and the whole catalogue belongs to one thread after that.
@@ -49,6 +50,8 @@ class UnitDatabase : private boost::noncopyable {
   static UnitDatabase* getUnitDatabase();
   /// Replaces the loader that the next load calls and returns the previous one; an empty loader loads nothing.
   static Loader setLoader(Loader loader);
+  /// The default loader: reads the package file at the path given (loadUnitDatabase).
+  static Loader packageLoader();
 
   /// Stores a clone of a unit, unit alias or abstract unit. Warns "UnitAlreadyInDatabase" for an equal
   /// element (the first stays); throws "SimilarInstanceThere" when a name or symbol is taken.
@@ -129,7 +132,8 @@ class UnitDatabase : private boost::noncopyable {
 
  protected:
   UnitDatabase();
-  /// Fills the catalogue through the loader.
+  /// Reads the unit database package at path into the catalogue. Never throws for a bad or incomplete
+  /// file: what is wrong is reported as one chain of warnings, and what could be read stays.
   void loadUnitDatabase(const std::wstring& path);
 
  private:
@@ -148,6 +152,9 @@ class UnitDatabase : private boost::noncopyable {
   const UnitBase& getCompositeUnit(const UnitPrefix& prefix, const Unit& unit) const;
   void addPrefixedReadings(const std::wstring& text, bool byName, UnitBase::UnitSet& result) const;
   bool orderedAbstractPair(const UnitBase& a, const UnitBase& b, std::pair<UnitRef, UnitRef>& out) const;
+
+  /// Calls the current loader.
+  void runLoader(const std::wstring& path);
 
   void clearAllUnits();
   void clearAllAbstractUnits();

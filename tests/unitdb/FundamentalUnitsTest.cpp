@@ -14,12 +14,20 @@ using namespace QLTypeSys;
 
 class Fundamentals : public ::testing::Test {
  protected:
+  // An empty loader: the fundamental units alone, without the shipped package.
   void SetUp() override {
+    previous_ = UnitDatabase::setLoader(nullptr);
     UnitDatabase::getUnitDatabase()->clearAll();
     db = UnitDatabase::getUnitDatabase();
   }
-  void TearDown() override { db->clearAll(); }
+  void TearDown() override {
+    db->clearAll();
+    UnitDatabase::setLoader(previous_);
+  }
   UnitDatabase* db = nullptr;
+
+ private:
+  UnitDatabase::Loader previous_;
 };
 
 const UnitBase& one(const UnitBase::UnitSet& set) {

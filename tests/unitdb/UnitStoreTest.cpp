@@ -246,12 +246,14 @@ TEST(UnitDatabaseLoader, RunsOnceAndSeesTheInstallPath) {
   fl::filesystem::set_install_path(before);
 }
 
-TEST(UnitDatabaseLoader, NoLoaderGivesAnEmptyCatalogue) {
+TEST(UnitDatabaseLoader, EmptyLoaderGivesAnEmptyCatalogue) {
+  auto previous = UnitDatabase::setLoader(nullptr);
   UnitDatabase::getUnitDatabase()->clearAll();
   UnitDatabase* db = UnitDatabase::getUnitDatabase();
   EXPECT_EQ(db->getNumUnits(), 0u);
   EXPECT_TRUE(db->getUnit(L"kg").empty());
   db->clearAll();
+  UnitDatabase::setLoader(previous);
 }
 
 }  // namespace
