@@ -22,7 +22,7 @@ namespace filesystem {
 
 namespace {
 
-// The directory above this library's own directory; "." if the loader cannot say.
+// The directory above this library's own directory (see below for multiarch); "." if the loader cannot say.
 std::wstring defaultInstallPath() {
   Dl_info info{};
   if (dladdr(reinterpret_cast<void*>(&defaultInstallPath), &info) == 0 || info.dli_fname == nullptr) return L".";
@@ -33,6 +33,19 @@ std::wstring defaultInstallPath() {
     path.erase(slash);
   }
   if (path.empty()) path = "/";
+  // A multiarch library directory (lib/x86_64-linux-gnu) sits one level deeper: the nearest ancestor
+  // holding toolbox/ wins, else the directory above the library's.
+  std::string probe = path;
+  for (int up = 0; up < 2; ++up) {
+    struct stat st;
+    if (::stat((probe + "/toolbox").c_str(), &st) == 0 && S_ISDIR(st.st_mode)) {
+      path = probe.empty() ? "/" : probe;
+      break;
+    }
+    const std::size_t slash = probe.find_last_of('/');
+    if (slash == std::string::npos || probe.empty()) break;
+    probe.erase(slash);
+  }
   try {
     return ConvertStdStringToUString(path);
   } catch (const std::out_of_range&) {  // a path that is not UTF-8

@@ -286,6 +286,21 @@ TEST_F(LoaderTest, DanglingReferencesReportTheirRow) {
   EXPECT_EQ(w[3], "UnitNotInDatabase(bad)");
 }
 
+TEST_F(LoaderTest, AliasOfARefusedUnitReportsItsTarget) {
+  uw::Catalogue c = smallCatalogue();
+  c.units.push_back({{}, "bogus", "bg", "bg", "m*(", "bogus", "length", "", {3, "1,1,0"}, {}, {"SI"}, {}});
+  c.aliases.push_back({{}, "bogusAlias", "bga", "bga", "bogusAlias", "bogus", "", {"SI"}, {}});
+  UnitDatabase* db = load(c);
+  ASSERT_EQ(warnings.size(), 1u);
+  const auto& w = warnings[0];
+  ASSERT_EQ(w.size(), 4u);
+  EXPECT_EQ(w[1], field("units"));
+  EXPECT_EQ(w[2], field("unitAliases"));
+  EXPECT_EQ(w[3], "UnitNotInDatabase(bg)");
+  EXPECT_TRUE(db->getUnit(L"bga").empty());
+  EXPECT_FALSE(db->getUnit(L"metres").empty());
+}
+
 TEST_F(LoaderTest, ReloadOverwritesTheExtractedFile) {
   UnitDatabase* db = load(smallCatalogue());
   ASSERT_NE(db->getUnitSystem(L"SI"), nullptr);
@@ -311,6 +326,7 @@ TEST(ShippedPackage, LoadsWithoutWarning) {
   const std::wstring previousInstall = fl::filesystem::get_install_path();
   fl::filesystem::set_install_path(ConvertStdStringToUString(QL_TYPES_BUILD_DIR));
   UnitDatabase::getUnitDatabase()->clearAll();
+  seen.clear();
   UnitDatabase* db = UnitDatabase::getUnitDatabase();
   EXPECT_TRUE(seen.empty()) << seen.front();
   EXPECT_GT(db->getNumUnits(), 50u);
@@ -319,6 +335,16 @@ TEST(ShippedPackage, LoadsWithoutWarning) {
   fl::filesystem::set_install_path(previousInstall);
   UnitDatabase::setLoader(previousLoader);
   qlsvSetWarningHandler(previousHandler);
+}
+
+// The default install path, found from where the library lies, is the build tree, which holds the package.
+TEST(ShippedPackage, DefaultInstallPathFindsTheBuildTreePackage) {
+  struct stat a, b;
+  const std::string found = ConvertUStringToStdString(fl::filesystem::get_install_path() + UnitDatabase::unitDBPath);
+  ASSERT_EQ(::stat(found.c_str(), &a), 0) << found;
+  ASSERT_EQ(::stat(QL_TYPES_BUILD_DIR "/toolbox/quillon/ql_types/ud", &b), 0);
+  EXPECT_EQ(a.st_ino, b.st_ino);
+  EXPECT_EQ(a.st_dev, b.st_dev);
 }
 
 }  // namespace
