@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <zip.h>
 
 #include <cstdio>
 #include <string>
@@ -159,6 +160,25 @@ TEST_P(BrokenPackageTest, WarnsOpenErrorForTheTemporaryFile) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Defects, BrokenPackageTest, ::testing::Values(0, 1, 2, 3));
+
+// A package whose part is not a database: the connection fails, no stage runs, and the extracted file
+// is removed.
+TEST_F(LoaderTest, PartThatIsNotADatabaseIsAnOpenError) {
+  uw::writePackage(smallCatalogue(), udPath());
+  int error = 0;
+  zip_t* archive = zip_open(udPath().c_str(), 0, &error);
+  ASSERT_NE(archive, nullptr);
+  static const char junk[] = "definitely not an SQLite database, but long enough to have a header........";
+  zip_source_t* source = zip_source_buffer(archive, junk, sizeof junk, 0);
+  ASSERT_NE(source, nullptr);
+  ASSERT_GE(zip_file_add(archive, "ud_part", source, ZIP_FL_OVERWRITE), 0);
+  ASSERT_EQ(zip_close(archive), 0);
+  UnitDatabase* db = reload();
+  ASSERT_EQ(warnings.size(), 1u);
+  EXPECT_EQ(warnings[0], std::vector<std::string>{"UnitDatabaseFileOpenError(" + tempPath() + ")"});
+  EXPECT_EQ(db->getNumUnitSystems(), 0u);
+  EXPECT_FALSE(fl::filesystem::exists(ConvertStdStringToUString(tempPath())));
+}
 
 TEST_F(LoaderTest, EveryTableMissingFailsEveryStageInOrder) {
   uw::WriteOptions options;
