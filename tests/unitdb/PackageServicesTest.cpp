@@ -1,5 +1,6 @@
 // The package and database stand-ins the loader reads through, on files the catalogue writer makes.
 #include <gtest/gtest.h>
+#include <zip.h>
 
 #include <sstream>
 #include <string>
@@ -80,6 +81,40 @@ TEST_P(PackageDefect, ThrowsOpcException) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Defects, PackageDefect, ::testing::Range(0, 5));
+
+// Replaces one item of a written package with the given text.
+void replaceItem(const std::string& path, const char* item, const std::string& text) {
+  int error = 0;
+  zip_t* archive = zip_open(path.c_str(), 0, &error);
+  ASSERT_NE(archive, nullptr);
+  zip_source_t* source = zip_source_buffer(archive, text.data(), text.size(), 0);
+  ASSERT_NE(source, nullptr);
+  ASSERT_GE(zip_file_add(archive, item, source, ZIP_FL_OVERWRITE), 0);
+  ASSERT_EQ(zip_close(archive), 0);
+}
+
+struct XmlDefect {
+  const char* item;
+  const char* text;
+};
+
+class BadXml : public ::testing::TestWithParam<XmlDefect> {};
+
+TEST_P(BadXml, ThrowsOpcException) {
+  const std::string path = tempFile("pkg_xml");
+  uw::writePackage(oneSystem(), path);
+  replaceItem(path, GetParam().item, GetParam().text);
+  EXPECT_THROW(readPart(path), opc::Exception);
+  fl::filesystem::remove(ConvertStdStringToUString(path));
+}
+
+INSTANTIATE_TEST_SUITE_P(Items, BadXml,
+                         ::testing::Values(XmlDefect{"docProps/core.xml", "<cp:coreProperties xmlns:cp=\"x\">"},
+                                           XmlDefect{"docProps/core.xml", "<other/>"},
+                                           XmlDefect{"[Content_Types].xml", "<Types><Default"},
+                                           XmlDefect{"[Content_Types].xml", "<NotTypes/>"},
+                                           XmlDefect{"_rels/.rels", "<Relationships><Relationship Type='a'"},
+                                           XmlDefect{"_rels/.rels", "<Relationships/>"}));
 
 TEST(PackageServices, RefusesWritingAndPasswords) {
   EXPECT_THROW(opc::zippackage::ZipPhysicalPackage(L"/x", false, L""), opc::Exception);

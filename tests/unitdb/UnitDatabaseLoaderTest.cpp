@@ -321,6 +321,20 @@ TEST_F(LoaderTest, AliasOfARefusedUnitReportsItsTarget) {
   EXPECT_FALSE(db->getUnit(L"metres").empty());
 }
 
+TEST_F(LoaderTest, ReciprocalAbstractUnitsAndTheirFactor) {
+  uw::Catalogue c = smallCatalogue();
+  c.abstractUnits.push_back({{}, "frequency", "1/time"});
+  c.reciprocals.push_back({{}, "frequency", "time", {6, "2"}});
+  UnitDatabase* db = load(c);
+  EXPECT_TRUE(warnings.empty());
+  const auto time = db->getAbstractUnit(L"time");
+  const auto frequency = db->getAbstractUnit(L"frequency");
+  ASSERT_FALSE(time.empty());
+  ASSERT_FALSE(frequency.empty());
+  EXPECT_TRUE(db->areUnitsReciprocals(time.begin()->get(), frequency.begin()->get()));
+  EXPECT_TRUE(db->getReciprocalConversionFactor(frequency.begin()->get(), time.begin()->get()).has_value());
+}
+
 TEST_F(LoaderTest, ReloadOverwritesTheExtractedFile) {
   UnitDatabase* db = load(smallCatalogue());
   ASSERT_NE(db->getUnitSystem(L"SI"), nullptr);
