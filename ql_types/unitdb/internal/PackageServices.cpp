@@ -54,6 +54,8 @@ std::string lower(std::string text) {
   return text;
 }
 
+constexpr zip_uint64_t maxItemBytes = zip_uint64_t(1) << 30;
+
 const char* const coreRelationship =
     "http://schemas.openxmlformats.org/package/2006/relationships/metadata/core-properties";
 
@@ -99,7 +101,8 @@ std::string ZipPhysicalPackage::readItem(const std::string& name) const {
   zip_stat_init(&st);
   if (zip_stat(impl_->archive, name.c_str(), 0, &st) != 0 || !(st.valid & ZIP_STAT_SIZE))
     throw Exception("the package has no item '" + name + "'");
-  if (st.size > static_cast<zip_uint64_t>(SIZE_MAX / 2)) throw Exception("the item '" + name + "' is too large");
+  // Items are read whole; a size claimed beyond any real catalogue is refused rather than allocated.
+  if (st.size > maxItemBytes) throw Exception("the item '" + name + "' is too large");
   std::unique_ptr<zip_file_t, int (*)(zip_file_t*)> file(zip_fopen(impl_->archive, name.c_str(), 0), zip_fclose);
   if (!file) throw Exception("the item '" + name + "' cannot be read");
   std::string bytes(static_cast<std::size_t>(st.size), '\0');
