@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "ParseBaseline.hpp"
 #include "ql_types/unitdb/UnitDatabase.hpp"
 #include "ql_types/units/ConversionFactorFactory.hpp"
 #include "ql_types/units/UnitExprParser.hpp"
@@ -176,18 +177,7 @@ void BM_Resolve(benchmark::State& state) {
 }
 BENCHMARK(BM_Resolve)->Name("Resolve/Compound");
 
-void BM_ParseOnly(benchmark::State& state) {
-  const std::vector<std::wstring> texts = compoundTexts();
-  UnitExprAST ast;
-  std::size_t terms = 0;
-  for (auto _ : state)
-    for (const std::wstring& t : texts) {
-      parseUnitExpr(t, ast);
-      terms += ast.names.size();
-    }
-  benchmark::DoNotOptimize(terms);
-  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * texts.size()));
-}
+void BM_ParseOnly(benchmark::State& state) { qlbench::parseOnly(state, compoundTexts()); }
 BENCHMARK(BM_ParseOnly)->Name("Resolve/Compound_baseline_parse_only");
 
 }  // namespace

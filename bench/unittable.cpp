@@ -13,6 +13,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "ParseBaseline.hpp"
 #include "ql_types/unitdb/UnitDatabase.hpp"
 #include "ql_types/units/ConversionFactorFactory.hpp"
 #include "ql_types/units/UnitExprParser.hpp"
@@ -92,18 +93,7 @@ void BM_RegisterNew(benchmark::State& state) {
 }
 BENCHMARK(BM_RegisterNew)->Name("Register/New");
 
-void BM_ParseOnly(benchmark::State& state) {
-  const std::vector<std::wstring> texts = compoundTexts();
-  UnitExprAST ast;
-  std::size_t terms = 0;
-  for (auto _ : state)
-    for (const std::wstring& t : texts) {
-      parseUnitExpr(t, ast);
-      terms += ast.names.size();
-    }
-  benchmark::DoNotOptimize(terms);
-  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * texts.size()));
-}
+void BM_ParseOnly(benchmark::State& state) { qlbench::parseOnly(state, compoundTexts()); }
 BENCHMARK(BM_ParseOnly)->Name("Register/New_baseline_parse_only");
 
 void BM_RegisterKnown(benchmark::State& state) {
